@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+namespace quellix {
+
+// True when QUELLIX_PERF_LOG_FILE names a file. Any thread; one test of a cached flag.
+bool PerfLogEnabled();
+
+// Appends one line, "[HH:MM:SS.mmm][DLL] message", to the timing log when it is enabled. The
+// message is cut at 1,023 characters; a line feed is added unless the message ends with one. A file
+// that cannot be opened drops the line. Any thread.
+#if defined(__GNUC__)
+__attribute__((format(printf, 1, 2)))
+#endif
+void LogLine(const char* format, ...);
+
+// Milliseconds of the monotonic clock since the first call. Any thread.
+double NowMs();
+
+// Elapsed time as the statistics count it: milliseconds x 1000, truncated.
+inline std::int64_t MicrosecondsSince(double startMs) {
+  return static_cast<std::int64_t>((NowMs() - startMs) * 1000.0);
+}
+
+}  // namespace quellix
