@@ -1,0 +1,126 @@
+#include "app/Platform.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+#include <thread>
+
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <boost/interprocess/shared_memory_object.hpp>
+
+extern char** environ;
+
+namespace kvapp {
+
+namespace {
+
+volatile std::sig_atomic_t terminationAsked = 0;
+
+void RememberTermination(int) {
+  terminationAsked = 1;
+}
+
+int OpenProcess([[maybe_unused]] std::int64_t processId) {
+#ifdef SYS_pidfd_open
+  return static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
+#else
+  errno = ENOSYS;
+  return -1;
+#endif
+}
+
+}  // namespace
+
+HostWatch::HostWatch(std::int64_t processId) : processId_(processId) {
+  descriptor_ = OpenProcess(processId);
+  found_ = descriptor_ >= 0 ||
+           (errno != ESRCH && errno != EINVAL && kill(static_cast<pid_t>(processId), 0) == 0);
+}
+
+HostWatch::~HostWatch() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+bool HostWatch::Alive() const {
+  if (!found_) return false;
+  if (descriptor_ >= 0) {
+    pollfd entry{descriptor_, POLLIN, 0};
+    return poll(&entry, 1, 0) <= 0;
+  }
+  return kill(static_cast<pid_t>(processId_), 0) == 0 || errno == EPERM;
+}
+
+std::optional<ObjectIdentity> IdentityOfSharedObject(const std::string& name) {
+  namespace bip = boost::interprocess;
+  try {
+    const bip::shared_memory_object object(bip::open_only, name.c_str(), bip::read_only);
+    struct stat status {};
+    if (fstat(object.get_mapping_handle().handle, &status) != 0) return std::nullopt;
+    return ObjectIdentity{static_cast<std::uint64_t>(status.st_dev),
+                          static_cast<std::uint64_t>(status.st_ino)};
+  } catch (const bip::interprocess_exception&) {
+    return std::nullopt;
+  }
+}
+
+std::filesystem::path ProgramFolder() {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? std::filesystem::current_path() : program.parent_path();
+}
+
+std::string RunProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit) {
+  std::vector<char*> values;
+  for (const std::string& argument : arguments)
+    values.push_back(const_cast<char*>(argument.c_str()));
+  values.push_back(nullptr);
+  pid_t child = 0;
+  if (const int error = posix_spawn(&child, values[0], nullptr, nullptr, values.data(), environ)) {
+    return arguments[0] + " could not be started: " + std::strerror(error);
+  }
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  int status = 0;
+  for (;;) {
+    const pid_t ended = waitpid(child, &status, WNOHANG);
+    if (ended == child) break;
+    if (ended < 0 && errno != EINTR) return arguments[0] + " was lost: " + std::strerror(errno);
+    if (std::chrono::steady_clock::now() > deadline) {
+      kill(child, SIGKILL);
+      waitpid(child, &status, 0);
+      return arguments[0] + " took longer than " + std::to_string(limit.count()) +
+             " s and was ended";
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
+  return arguments[0] + (WIFEXITED(status)
+                             ? " ended with status " + std::to_string(WEXITSTATUS(status))
+                             : " was ended by signal " + std::to_string(WTERMSIG(status)));
+}
+
+void HandleSignals() {
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGTERM, RememberTermination);
+}
+
+bool TerminationAsked() {
+  return terminationAsked != 0;
+}
+
+void CrashNow() {
+  raise(SIGKILL);
+  _exit(137);  // SIGKILL cannot be survived; this only tells the compiler so
+}
+
+void ExitNow(int status) {
+  _exit(status);
+}
+
+}  // namespace kvapp

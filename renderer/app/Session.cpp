@@ -1,0 +1,204 @@
+#include "app/Session.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "app/Output.h"
+#include "app/SceneJson.h"
+
+namespace kvapp {
+
+namespace wire = quellix::wire;
+using std::chrono::milliseconds;
+
+namespace {
+
+// Makes the output folder. Returns where commands are logged: a line and a digest a command would
+// be most of the work that a measurement wants to be without.
+std::filesystem::path LogFolder(const Settings& settings) {
+  const std::filesystem::path& folder = settings.outputFolder;
+  if (folder.empty()) return folder;
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) {
+    throw std::runtime_error("the folder " + folder.string() +
+                             " of KVAPP_OUT cannot be made: " + error.message());
+  }
+  return settings.discard ? std::filesystem::path() : folder;
+}
+
+void WorkFor(std::chrono::microseconds span) {
+  const auto end = std::chrono::steady_clock::now() + span;
+  while (std::chrono::steady_clock::now() < end) {
+  }
+}
+
+}  // namespace
+
+Session::Session(Settings settings)
+    : settings_(std::move(settings)),
+      watchdog_(settings_.hostProcess),
+      log_(LogFolder(settings_), settings_.bytesLogged),
+      scene_(findings_) {
+  if (!settings_.scriptFile.empty()) script_ = Script::Load(settings_.scriptFile);
+  scene_.OnExportEnd([this](std::uint64_t number) {
+    event_.exportEnded = number;
+    if (settings_.writeSceneJson) WriteSceneJson(scene_, settings_.outputFolder, number);
+  });
+}
+
+int Session::Run() {
+  if (watchdog_.Lost()) {
+    throw std::runtime_error("there is no process " + std::to_string(settings_.hostProcess) +
+                             " to render for");
+  }
+  OpenEvents();
+  if (!ended_) {
+    requests_ = std::make_unique<RequestSender>(settings_.requestSegmentBytes,
+                                                settings_.outputFolder, findings_);
+    watchdog_.WatchChannel([this] { return commandReady_->StillNamed(); },
+                           [this] { requests_->RemoveNames(); });
+    opened_ = lastCommand_ = Clock::now();
+    Loop();
+  }
+  return findings_.FaultCount() > 0 ? kFaultStatus : 0;
+}
+
+void Session::OpenEvents() {
+  while (!MustStop()) {
+    commandReady_ = EventPeer::Open(wire::kCommandReady);
+    commandDone_ = EventPeer::Open(wire::kCommandDone);
+    segmentReplaced_ = EventPeer::Open(wire::kSegmentReplaced);
+    if (commandReady_ && commandDone_ && segmentReplaced_) return;
+    std::this_thread::sleep_for(milliseconds(5));
+  }
+}
+
+// Whether the host is gone, the channel is no longer ours or termination was asked for; then the
+// session has ended.
+bool Session::MustStop() {
+  if (ended_) return true;
+  if (const auto loss = watchdog_.Lost()) {
+    End(*loss == Loss::HostGone ? "hostGone" : "linkReplaced");
+  } else if (TerminationAsked()) {
+    End("terminated");
+  }
+  return ended_;
+}
+
+void Session::Loop() {
+  while (!MustStop()) {
+    requests_->Poll();
+    const bool watching = !requests_->Idle() || script_.WaitsForRest();
+    const milliseconds slice(watching ? 2 : 50);
+    if (!segment_) {
+      AwaitSegment(slice);
+    } else {
+      AwaitCommand(slice);
+    }
+    if (!ended_ && script_.WaitsForRest()) Rest();
+  }
+}
+
+// Waits a slice at most for an event and takes it.
+bool Session::Consume(EventPeer& event, milliseconds slice) {
+  const EventPeer::Outcome outcome = event.Wait(slice);
+  // A lost mutex answers at once, time and again.
+  if (outcome == EventPeer::Outcome::Locked) std::this_thread::sleep_for(slice);
+  return outcome == EventPeer::Outcome::Signaled && event.Reset();
+}
+
+void Session::AwaitSegment(milliseconds slice) {
+  if (!segmentAnnounced_) {
+    if (!Consume(*segmentReplaced_, slice)) return;
+    segmentAnnounced_ = true;
+  }
+  segment_ = SharedSegment::Open(wire::kToAppSegment);
+  if (segment_) {
+    segmentAnnounced_ = false;
+  } else {
+    std::this_thread::sleep_for(slice);
+  }
+}
+
+void Session::AwaitCommand(milliseconds slice) {
+  if (!Consume(*commandReady_, slice)) return;
+  TakeCommand();
+  lastCommand_ = Clock::now();
+  script_.CommandCame();
+}
+
+void Session::TakeCommand() {
+  const auto bytes = segment_->Bytes();
+  Decoded decoded = Decode(bytes, {.headersOnly = settings_.discard});
+  event_ = {event_.command + 1, ShortCommandName(decoded.id), 0, 0};
+  event_.nth = ++nthOfName_[event_.name];
+  findings_.SetContext(event_.command, event_.name);
+  requests_->SetCommand(event_.command);
+  log_.Add(event_.command, decoded, bytes);
+  for (std::string& problem : decoded.problems) findings_.Fault(std::move(problem));
+
+  const std::uint32_t id = decoded.id;
+  const bool sound = decoded.problems.empty();
+  if (sound && !settings_.discard) {
+    scene_.Apply(std::move(decoded.command), event_.command, decoded.messageBytes);
+  }
+  WorkFor(settings_.workPerCommand);
+  PerformAll(Script::Phase::Before);
+  if (ended_) return;
+  Complete(id);
+  if (ended_) return;
+  PerformAll(Script::Phase::After);
+  requests_->SetCommand(0);
+  findings_.SetContext(0, "at rest");
+}
+
+// Does what the plug-in waits for, and says so.
+void Session::Complete(std::uint32_t id) {
+  switch (static_cast<wire::CommandId>(id)) {
+    case wire::CommandId::GetLinkCamera:
+      segment_->Bytes()[0] = static_cast<std::byte>(linkCamera_ ? 1 : 0);
+      break;
+    case wire::CommandId::MemoryDestroyed:
+      segment_.reset();
+      break;
+    case wire::CommandId::CloseApp:
+      // The outputs are there, and no name of ours is left, when the plug-in goes on.
+      End("closed");
+      break;
+    default:
+      break;
+  }
+  while (!commandDone_->Set() && !watchdog_.Lost()) {
+    std::this_thread::sleep_for(milliseconds(5));
+  }
+}
+
+void Session::Rest() {
+  const auto now = Clock::now();
+  const auto idle = std::chrono::duration_cast<milliseconds>(now - lastCommand_);
+  const auto open = std::chrono::duration_cast<milliseconds>(now - opened_);
+  while (const auto action = script_.AtRest(idle, open)) {
+    Perform(*action, Script::Phase::After);
+    if (ended_) return;
+  }
+}
+
+void Session::End(const std::string& reason) {
+  if (std::exchange(ended_, true)) return;
+  watchdog_.Finishing();
+  findings_.SetContext(event_.command, event_.name);
+  if (requests_) {
+    requests_->Finish();
+    requests_->RemoveNames();
+  }
+  segment_.reset();
+  const RequestCounts counts =
+      requests_ ? RequestCounts{requests_->Posted(), requests_->Acknowledged()} : RequestCounts{};
+  WriteOutputs({settings_, scene_, log_, findings_, counts, reason});
+}
+
+}  // namespace kvapp

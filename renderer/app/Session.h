@@ -1,0 +1,83 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/CommandLog.h"
+#include "app/EventPeer.h"
+#include "app/Findings.h"
+#include "app/RequestSender.h"
+#include "app/Scene.h"
+#include "app/Script.h"
+#include "app/Settings.h"
+#include "app/SharedSegment.h"
+#include "app/Watchdog.h"
+
+namespace kvapp {
+
+// One run of the renderer: opens the channel, takes commands until the plug-in closes it or is
+// gone, follows the script, writes the outputs.
+class Session {
+ public:
+  static constexpr int kFaultStatus = 3;
+
+  explicit Session(Settings settings);
+
+  // Returns the exit status of the process. Throws std::exception with one sentence.
+  int Run();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void OpenEvents();
+  void Loop();
+  bool Consume(EventPeer& event, std::chrono::milliseconds slice);
+  void AwaitSegment(std::chrono::milliseconds slice);
+  void AwaitCommand(std::chrono::milliseconds slice);
+  void TakeCommand();
+  void Absorb(Decoded& decoded);
+  void Complete(std::uint32_t id);
+  void Rest();
+  bool MustStop();
+
+  void Perform(const Action& action, Script::Phase phase);
+  void Perform(const action::Ask& ask, Script::Phase phase);
+  void Perform(const action::Delay& delay, Script::Phase phase);
+  void Perform(const action::Quit& quit, Script::Phase phase);
+  [[noreturn]] void Perform(const action::Exit& exit, Script::Phase phase);
+  [[noreturn]] void Perform(const action::Crash& crash, Script::Phase phase);
+  void Perform(const action::Hang& hang, Script::Phase phase);
+  void Perform(const action::HoldMutex& hold, Script::Phase phase);
+  void Perform(const action::LinkCamera& link, Script::Phase phase);
+  void PerformAll(Script::Phase phase);
+  EventPeer& EventNamed(const std::string& name);
+  void SleepWatching(std::optional<std::chrono::milliseconds> span);
+
+  void End(const std::string& reason);
+
+  Settings settings_;
+  Findings findings_;
+  Watchdog watchdog_;
+  Script script_;
+  CommandLog log_;
+  Scene scene_;
+  std::optional<EventPeer> commandReady_;
+  std::optional<EventPeer> commandDone_;
+  std::optional<EventPeer> segmentReplaced_;
+  std::optional<SharedSegment> segment_;  // empty until the plug-in has made it, or made it anew
+  bool segmentAnnounced_ = false;
+  std::unique_ptr<RequestSender> requests_;
+
+  Script::Event event_;
+  std::map<std::string, std::uint64_t> nthOfName_;
+  bool linkCamera_ = false;
+  bool ended_ = false;
+  Clock::time_point opened_;
+  Clock::time_point lastCommand_;
+};
+
+}  // namespace kvapp

@@ -1,0 +1,72 @@
+#include "app/Settings.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <stdexcept>
+#include <string_view>
+
+namespace kvapp {
+
+namespace {
+
+constexpr char kUsage[] =
+    "usage: KvApp.exe --host-pid <process id>; it is started by the plug-in's host";
+
+std::string_view Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string_view{} : std::string_view{value};
+}
+
+template <class Number>
+std::optional<Number> ParseNumber(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+std::size_t NumberFromEnvironment(const char* name, std::size_t missing) {
+  const std::string_view text = Environment(name);
+  if (text.empty()) return missing;
+  const auto number = ParseNumber<std::size_t>(text);
+  if (!number) {
+    throw std::runtime_error(std::string(name) + " is \"" + std::string(text) +
+                             "\", which is not a number");
+  }
+  return *number;
+}
+
+bool Switch(const char* name, bool missing) {
+  const std::string_view text = Environment(name);
+  return text.empty() ? missing : text != "0";
+}
+
+}  // namespace
+
+Settings ReadSettings(int argumentCount, const char* const* arguments) {
+  if (argumentCount != 3 || std::string_view(arguments[1]) != "--host-pid") {
+    throw std::runtime_error(kUsage);
+  }
+  Settings settings;
+  const auto process = ParseNumber<std::int32_t>(arguments[2]);
+  if (!process || *process <= 0) {
+    throw std::runtime_error("\"" + std::string(arguments[2]) + "\" is not a process id; " +
+                             kUsage);
+  }
+  settings.hostProcess = *process;
+  settings.outputFolder = std::string(Environment("KVAPP_OUT"));
+  settings.scriptFile = std::string(Environment("KVAPP_SCRIPT"));
+  settings.bytesLogged = NumberFromEnvironment("KVAPP_BYTES", 0);
+  settings.writeSceneJson = Switch("KVAPP_SCENE_JSON", false);
+  settings.drawPicture = Switch("KVAPP_PICTURE", true);
+  settings.discard = Switch("KVAPP_DISCARD", false);
+  settings.workPerCommand = std::chrono::microseconds(NumberFromEnvironment("KVAPP_WORK_US", 0));
+  settings.requestSegmentBytes =
+      NumberFromEnvironment("KVAPP_SEGMENT", settings.requestSegmentBytes);
+  if (settings.requestSegmentBytes < 24) {
+    throw std::runtime_error("KVAPP_SEGMENT is below 24, the size of a request's header");
+  }
+  return settings;
+}
+
+}  // namespace kvapp
