@@ -1,0 +1,160 @@
+// The segments and events of our end: making, growing, opening the renderer's side, giving up.
+
+#include "link/IpcInterface.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <boost/interprocess/permissions.hpp>
+
+#include "support/TimingLog.h"
+
+namespace quellix {
+
+namespace bi = boost::interprocess;
+
+namespace {
+
+constexpr std::uint64_t kFirstMessageBytes = 67'108'864;
+constexpr double kMiB = 1.0 / 1048576.0;
+
+// The segment carries the whole model, so only the user who runs the host may open it.
+bi::permissions OwnerOnly() {
+  bi::permissions permissions;
+#if defined(BOOST_INTERPROCESS_POSIX_SHARED_MEMORY_OBJECTS)
+  permissions.set_permissions(0600);
+#endif
+  return permissions;
+}
+
+void RemoveRendererObjects() {
+  bi::shared_memory_object::remove(wire::kToPluginSegment);
+  ManualEvent::Remove(wire::kRequestReady);
+  ManualEvent::Remove(wire::kRequestDone);
+}
+
+}  // namespace
+
+IpcInterface::~IpcInterface() = default;
+
+bool IpcInterface::OpenChannel(RequestReceiver* requestReceiver) {
+  receiver = requestReceiver;
+  hostThread = std::this_thread::get_id();
+
+  bi::shared_memory_object::remove(wire::kToAppSegment);
+  RemoveRendererObjects();
+  ManualEvent::Remove(wire::kCommandReady);
+  ManualEvent::Remove(wire::kCommandDone);
+  ManualEvent::Remove(wire::kSegmentReplaced);
+
+  try {
+    const auto alive = [this] { return IsAlive(); };
+    commandReady = ManualEvent::Create(wire::kCommandReady, alive);
+    commandDone = ManualEvent::Create(wire::kCommandDone, alive);
+    segmentReplaced = ManualEvent::Create(wire::kSegmentReplaced, alive);
+    ExpandSharedMemory(kFirstMessageBytes);
+  } catch (const bi::interprocess_exception& error) {
+    LogLine("OpenChannel: %s", error.what());
+  }
+  if (toAppBase != nullptr) return true;
+  ReleaseChannel();
+  return false;
+}
+
+void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
+  auto target = static_cast<std::uint64_t>(static_cast<float>(requiredBytes) * 1.2f);
+  if (target <= toAppSize) return;
+  if (toAppSize != 0) target = std::max(target, 2 * toAppSize);
+
+  const double start = NowMs();
+  const std::uint64_t oldSize = toAppSize;
+  if (toAppBase != nullptr) AcknowledgeMemoryDestroyed();
+  toAppBase = nullptr;
+  toAppSize = 0;
+  toAppRegion.reset();
+  toAppMemory.reset();
+
+  bi::shared_memory_object::remove(wire::kToAppSegment);
+  auto memory = std::make_unique<bi::shared_memory_object>(bi::create_only, wire::kToAppSegment,
+                                                           bi::read_write, OwnerOnly());
+  try {
+    memory->truncate(static_cast<bi::offset_t>(target));
+    toAppRegion = std::make_unique<bi::mapped_region>(*memory, bi::read_write);
+  } catch (...) {
+    bi::shared_memory_object::remove(wire::kToAppSegment);
+    throw;
+  }
+  toAppMemory = std::move(memory);
+  toAppBase = static_cast<std::byte*>(toAppRegion->get_address());
+  toAppSize = target;
+  std::memset(toAppBase, 0, sizeof(std::uint32_t));
+  segmentReplaced->Set();
+  LogLine("ExpandSharedMemory: %.1fMB -> %.1fMB (%.1f ms)", static_cast<double>(oldSize) * kMiB,
+          static_cast<double>(target) * kMiB, NowMs() - start);
+}
+
+// Returns once the renderer has let go of the segment's old mapping, or is gone.
+void IpcInterface::AcknowledgeMemoryDestroyed() {
+  const auto id = static_cast<std::uint32_t>(wire::CommandId::MemoryDestroyed);
+  std::memcpy(toAppBase, &id, sizeof id);
+  Commit(true);
+}
+
+bool IpcInterface::EnsureSegment(std::uint64_t messageBytes) {
+  if (toAppBase == nullptr && commandReady) {
+    try {
+      ExpandSharedMemory(kFirstMessageBytes);
+    } catch (const bi::interprocess_exception& error) {
+      LogLine("ExpandSharedMemory: %s", error.what());
+    }
+  }
+  return toAppBase != nullptr && messageBytes <= toAppSize;
+}
+
+void IpcInterface::OpenToPluginSide() {
+  const auto alive = [this] { return IsAlive(); };
+  requestReady = ManualEvent::Open(wire::kRequestReady, alive);
+  requestDone = ManualEvent::Open(wire::kRequestDone, alive);
+  if (toPluginBase != nullptr) return;
+  auto memory = std::make_unique<bi::shared_memory_object>(bi::open_only, wire::kToPluginSegment,
+                                                           bi::read_write);
+  auto region = std::make_unique<bi::mapped_region>(*memory, bi::read_write);
+  if (region->get_size() < sizeof(wire::RequestHeader)) return;
+  toPluginMemory = std::move(memory);
+  toPluginRegion = std::move(region);
+  toPluginBase = static_cast<std::byte*>(toPluginRegion->get_address());
+}
+
+void IpcInterface::ReleaseChannel() {
+  const bool rendererGone = process.Id() > 0 && !process.Alive();
+  pendingWait = false;
+  pendingCommand = -1;
+  reloadOutstanding = false;
+  {
+    const std::lock_guard<std::mutex> lock(heldMutex);
+    held.clear();
+  }
+
+  toAppBase = nullptr;
+  toAppSize = 0;
+  toAppRegion.reset();
+  toAppMemory.reset();
+  commandReady.reset();
+  commandDone.reset();
+  segmentReplaced.reset();
+
+  toPluginBase = nullptr;
+  toPluginRegion.reset();
+  toPluginMemory.reset();
+  requestReady.reset();
+  requestDone.reset();
+
+  ManualEvent::Remove(wire::kCommandReady);
+  ManualEvent::Remove(wire::kCommandDone);
+  ManualEvent::Remove(wire::kSegmentReplaced);
+  bi::shared_memory_object::remove(wire::kToAppSegment);
+  // A living renderer removes its own objects when it ends; a killed one never could.
+  if (rendererGone) RemoveRendererObjects();
+}
+
+}  // namespace quellix

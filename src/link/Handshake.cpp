@@ -1,0 +1,241 @@
+// How one command is handed over and waited for, and how commands wait for each other.
+
+#include "link/IpcInterface.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include <boost/interprocess/exceptions.hpp>
+#include <wx/string.h>
+
+#include "link/IpcStats.h"
+#include "link/Sending.h"
+#include "support/Platform.h"
+#include "support/Switches.h"
+#include "support/TimingLog.h"
+
+namespace quellix {
+
+namespace {
+
+constexpr std::uint32_t kSliceMs = 10;
+constexpr double kReloadGraceMs = 100.0;
+constexpr int kReportSeconds = 10;
+
+// The plug-in goes on only after the renderer has finished these: it needs an answer, a closed
+// renderer or a released view.
+bool IsPipelined(std::uint32_t id) {
+  switch (static_cast<wire::CommandId>(id)) {
+    case wire::CommandId::CloseApp:
+    case wire::CommandId::IsCached:
+    case wire::CommandId::GetLinkCamera:
+    case wire::CommandId::MemoryDestroyed:
+      return false;
+    default:
+      return true;
+  }
+}
+
+}  // namespace
+
+IpcInterface::SendScope::SendScope(IpcInterface& owner) : link(owner) {
+  const std::thread::id self = std::this_thread::get_id();
+  const bool inCallback = self == link.hostThread && link.serving;
+  if (!inCallback) {
+    link.sendLock.Enter();
+  } else if (link.sendOwner == self || !link.sendLock.TryEnter()) {
+    return;
+  } else if (link.InFlight()) {
+    link.sendLock.Leave();
+    return;
+  }
+  owns = true;
+  link.sendOwner = self;
+}
+
+IpcInterface::SendScope::~SendScope() {
+  if (!owns) return;
+  link.sendOwner = std::thread::id();
+  link.sendLock.Leave();
+}
+
+bool IpcInterface::IsAlive() const {
+  return !ended && process.Alive();
+}
+
+bool IpcInterface::LaunchApp(const std::string& directory) {
+  if (!process.Start(directory)) {
+    ShowMessageBox("Failed to start the app", "Error");
+    return false;
+  }
+  suppressCamera = false;
+  return true;
+}
+
+double IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
+  if (!IsAlive()) return 0.0;
+  const SendScope scope(*this);
+  if (!scope.Owns()) {
+    Hold(message, traits);
+    return 0.0;
+  }
+  FlushPending();
+  // The renderer may have died during that wait; whoever waits for its event died with it.
+  if (!IsAlive()) return 0.0;
+  if (traits.isProgress && !AdmitProgress(message.Record())) return 0.0;
+  if (traits.grows) {
+    if (traits.countBytes && PerfLogEnabled()) StatsAddBytes(message.Id(), message.Size());
+    ExpandSharedMemory(message.Size());
+    if (!IsAlive()) return 0.0;
+  } else if (!EnsureSegment(message.Size())) {
+    LogLine("%s: left out, its %llu bytes have no room", wire::CommandName(message.Id()),
+            static_cast<unsigned long long>(message.Size()));
+    return 0.0;
+  }
+  message.WriteTo(toAppBase);
+  if (traits.digest != nullptr) traits.digest(traits.digestContext);
+
+  const double start = NowMs();
+  Commit(traits.wait);
+  const double elapsed = NowMs() - start;
+  if (!pendingWait && !reloadOutstanding) SendHeld();
+  return elapsed;
+}
+
+void IpcInterface::Hold(const CommandMessage& message, const SendTraits& traits) {
+  HeldCommand command{std::vector<std::byte>(message.Size()), traits.wait, traits.isProgress};
+  message.WriteTo(command.bytes.data());
+  const std::lock_guard<std::mutex> lock(heldMutex);
+  held.push_back(std::move(command));
+}
+
+bool IpcInterface::TakeHeld(HeldCommand& command) {
+  const std::lock_guard<std::mutex> lock(heldMutex);
+  if (held.empty()) return false;
+  command = std::move(held.front());
+  held.pop_front();
+  return true;
+}
+
+// Under the send lock and with nothing in flight. Commands that callbacks add meanwhile are sent
+// too; a renderer that is gone gets none.
+void IpcInterface::SendHeld() {
+  HeldCommand command;
+  while (TakeHeld(command)) {
+    if (!IsAlive() || !EnsureSegment(command.bytes.size())) continue;
+    if (command.isProgress && !AdmitProgress(command.bytes.data())) continue;
+    std::memcpy(toAppBase, command.bytes.data(), command.bytes.size());
+    Commit(command.wait);
+    AwaitOutstanding();
+  }
+}
+
+bool IpcInterface::Commit(bool wait) {
+  std::uint32_t command = 0xFFFFFFFF;
+  if (toAppBase != nullptr) std::memcpy(&command, toAppBase, sizeof command);
+  const bool log = PerfLogEnabled();
+  const double start = log ? NowMs() : 0.0;
+  commandReady->Set();
+  if (!wait) {
+    reloadOutstanding = true;
+    return true;
+  }
+  if (IpcPipelineEnabled() && IsPipelined(command)) {
+    pendingWait = true;
+    pendingCommand = static_cast<std::int32_t>(command);
+    if (log) StatsAddCount(command);
+    return true;
+  }
+  const bool completed = WaitCompletion();
+  if (log) {
+    StatsAddWait(command, MicrosecondsSince(start));
+    StatsAddCount(command);
+  }
+  return completed;
+}
+
+// False when the renderer was gone before it had finished.
+bool IpcInterface::WaitCompletion() {
+  const bool onHost = std::this_thread::get_id() == hostThread;
+  const double start = NowMs();
+  int lastReport = 0;
+  bool completed = commandDone->Wait(kSliceMs);
+  while (!completed && IsAlive()) {
+    if (onHost) ServeRequest();
+    const int seconds = static_cast<int>((NowMs() - start) / 1000.0);
+    if (seconds >= lastReport + kReportSeconds) {
+      lastReport = seconds;
+      std::fprintf(stderr, "[IPC] WaitCompletion: waiting %ds for KvApp\n", seconds);
+      std::fflush(stderr);
+    }
+    completed = commandDone->Wait(kSliceMs);
+  }
+  commandDone->Reset();
+  return completed;
+}
+
+void IpcInterface::FlushPending() {
+  AwaitOutstanding();
+  SendHeld();
+}
+
+// Nothing is in flight afterwards, except a ReloadFromPlugin that the renderer did not acknowledge
+// in time: what it does with that late is not to be taken for the end of a later command, so it is
+// given a moment.
+void IpcInterface::AwaitOutstanding() {
+  if (pendingWait) {
+    pendingWait = false;
+    const double start = NowMs();
+    WaitCompletion();
+    if (PerfLogEnabled()) {
+      StatsAddWait(static_cast<std::uint32_t>(pendingCommand), MicrosecondsSince(start));
+    }
+    pendingCommand = -1;
+  }
+  if (reloadOutstanding) {
+    const bool onHost = std::this_thread::get_id() == hostThread;
+    const double start = NowMs();
+    while (!commandDone->Wait(kSliceMs) && IsAlive() && NowMs() - start < kReloadGraceMs) {
+      if (onHost) ServeRequest();
+    }
+    commandDone->Reset();
+    reloadOutstanding = false;
+  }
+}
+
+// Under the send lock.
+bool IpcInterface::InFlight() {
+  return (pendingWait || reloadOutstanding) && commandDone && !commandDone->Wait(0) && IsAlive();
+}
+
+bool IpcInterface::WouldHold() {
+  if (!serving) return false;
+  const SendScope scope(*this);
+  return !scope.Owns();
+}
+
+void IpcInterface::PollToPlugin() {
+  ServeRequest();
+  if (serving) return;
+  {
+    const std::lock_guard<std::mutex> lock(heldMutex);
+    if (held.empty()) return;
+  }
+  // Another thread that holds the lock sends them itself, with its next command at the latest.
+  if (!sendLock.TryEnter()) return;
+  sendOwner = std::this_thread::get_id();
+  struct Leave {
+    IpcInterface& link;
+    ~Leave() {
+      link.sendOwner = std::thread::id();
+      link.sendLock.Leave();
+    }
+  } leave{*this};
+  FlushPending();
+}
+
+void IpcInterface::CloseApp() {
+  SendPlain(wire::CommandId::CloseApp, true);
+}
+
+}  // namespace quellix

@@ -1,0 +1,136 @@
+#include "link/ManualEvent.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+#include <boost/interprocess/shared_memory_object.hpp>
+
+namespace quellix {
+
+namespace {
+
+namespace bi = boost::interprocess;
+
+// How long a lock attempt lasts before the peer's life is looked at again.
+constexpr int kLockSliceMs = 20;
+
+// A waiter spins this long before it sleeps: an answer to a small command comes within a few
+// microseconds, a sleep and its wake-up cost tens of them. On one processor spinning would only
+// keep the peer from running.
+std::chrono::nanoseconds SpinTime() {
+  static const bool several = std::thread::hardware_concurrency() > 1;
+  return several ? std::chrono::microseconds(50) : std::chrono::microseconds(0);
+}
+
+std::string SegmentName(const std::string& name) {
+  return name + wire::kEventSegmentSuffix;
+}
+
+}  // namespace
+
+ManualEvent::ManualEvent(std::string eventName, bi::managed_shared_memory eventSegment,
+                         wire::EventState* eventState, PeerAlive alive)
+    : name(std::move(eventName)),
+      segment(std::move(eventSegment)),
+      state(eventState),
+      peerAlive(std::move(alive)) {}
+
+std::unique_ptr<ManualEvent> ManualEvent::Create(const std::string& name, PeerAlive peerAlive) {
+  Remove(name);
+  bi::managed_shared_memory segment(bi::create_only, SegmentName(name).c_str(),
+                                    wire::kEventSegmentBytes);
+  auto* state = segment.construct<wire::EventState>(wire::kEventStateObject)();
+  state->signaled = 0;
+  return std::unique_ptr<ManualEvent>(
+      new ManualEvent(name, std::move(segment), state, std::move(peerAlive)));
+}
+
+std::unique_ptr<ManualEvent> ManualEvent::Open(const std::string& name, PeerAlive peerAlive) {
+  bi::managed_shared_memory segment(bi::open_only, SegmentName(name).c_str());
+  auto* state = segment.find<wire::EventState>(wire::kEventStateObject).first;
+  if (state == nullptr) {
+    throw std::runtime_error("ManualEvent: state not found (creator not ready)");
+  }
+  return std::unique_ptr<ManualEvent>(
+      new ManualEvent(name, std::move(segment), state, std::move(peerAlive)));
+}
+
+void ManualEvent::Remove(const std::string& name) noexcept {
+  bi::shared_memory_object::remove(SegmentName(name).c_str());
+}
+
+bool ManualEvent::LockBounded() {
+  for (;;) {
+    const auto deadline = boost::posix_time::microsec_clock::universal_time() +
+                          boost::posix_time::milliseconds(kLockSliceMs);
+    try {
+      if (state->mutex.timed_lock(deadline)) return true;
+    } catch (const bi::interprocess_exception&) {
+      // Where the system tells: whoever held the lock has died, and nobody will have it again.
+      return false;
+    }
+    if (!peerAlive()) return false;
+  }
+}
+
+bool ManualEvent::Set() {
+  if (!LockBounded()) return false;
+  std::atomic_ref<std::uint32_t>(state->signaled).store(1, std::memory_order_release);
+  state->condition.notify_all();
+  state->mutex.unlock();
+  return true;
+}
+
+bool ManualEvent::Reset() {
+  if (!LockBounded()) return false;
+  std::atomic_ref<std::uint32_t>(state->signaled).store(0, std::memory_order_release);
+  state->mutex.unlock();
+  return true;
+}
+
+bool ManualEvent::LooksSignaled() const {
+  return std::atomic_ref<std::uint32_t>(state->signaled).load(std::memory_order_acquire) != 0;
+}
+
+// What the setter wrote before it took the lock is visible for certain once the lock was ours.
+bool ManualEvent::ConfirmSignaled() {
+  if (!LockBounded()) return false;
+  const bool signaled = state->signaled != 0;
+  state->mutex.unlock();
+  return signaled;
+}
+
+// The waiter watches the flag and sleeps in between instead of sleeping on the condition: a thread
+// that wakes from the condition must take the mutex again, without a time limit, and where mutexes
+// are not robust it would hang for ever behind a peer that was killed with it. Sleeps grow with the
+// time already waited, so that a long wait costs little and a short one is seen early. Whoever
+// waits on the other side may use the condition: Set notifies it.
+bool ManualEvent::Wait(std::uint32_t timeoutMs) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::nanoseconds kLongestSleep = std::chrono::milliseconds(2);
+  if (LooksSignaled()) return ConfirmSignaled();
+  if (timeoutMs == 0) return false;
+
+  const Clock::time_point start = Clock::now();
+  const Clock::time_point deadline = timeoutMs == kInfinite
+                                         ? Clock::time_point::max()
+                                         : start + std::chrono::milliseconds(timeoutMs);
+  const Clock::time_point spinEnd = std::min(deadline, start + SpinTime());
+  for (;;) {
+    if (LooksSignaled() && ConfirmSignaled()) return true;
+    const Clock::time_point now = Clock::now();
+    if (now >= deadline) return false;
+    if (now < spinEnd) continue;
+    const std::chrono::nanoseconds waited = now - start;
+    const std::chrono::nanoseconds nap = std::clamp<std::chrono::nanoseconds>(
+        waited / 4, std::chrono::microseconds(10), kLongestSleep);
+    std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(nap, deadline - now));
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <boost/interprocess/managed_shared_memory.hpp>
+
+#include "link/WireRecords.h"
+
+namespace quellix {
+
+// A manual-reset event that two processes share by name: once set it stays set, and lets every
+// waiter through, until somebody resets it. Any thread of either process may call Set, Reset and
+// Wait.
+//
+// A process may be killed at any instant, also while it holds the event's mutex. So no call here
+// blocks on that mutex for good: each asks the peer-alive predicate while it cannot have the lock,
+// and gives up once the peer is gone.
+class ManualEvent {
+ public:
+  using PeerAlive = std::function<bool()>;
+
+  static constexpr std::uint32_t kInfinite = 0xFFFFFFFF;
+
+  // Creator's role: replaces a leftover of that name; the event starts unsignaled. Throws
+  // boost::interprocess::interprocess_exception when the segment cannot be made.
+  static std::unique_ptr<ManualEvent> Create(const std::string& name, PeerAlive peerAlive);
+
+  // Opener's role. Throws interprocess_exception while there is no such segment, and
+  // std::runtime_error while the creator has not finished it.
+  static std::unique_ptr<ManualEvent> Open(const std::string& name, PeerAlive peerAlive);
+
+  // Removes the name of an event's segment; what is mapped stays usable. No error when it is not
+  // there.
+  static void Remove(const std::string& name) noexcept;
+
+  ManualEvent(const ManualEvent&) = delete;
+  ManualEvent& operator=(const ManualEvent&) = delete;
+
+  // False when the peer died with the event's lock and nothing could be done.
+  bool Set();
+  bool Reset();
+
+  // True when the event is, or within the time becomes, signaled; it is not reset. A time of 0 is a
+  // test.
+  bool Wait(std::uint32_t timeoutMs);
+
+ private:
+  ManualEvent(std::string eventName, boost::interprocess::managed_shared_memory eventSegment,
+              wire::EventState* eventState, PeerAlive alive);
+
+  bool LockBounded();
+  bool LooksSignaled() const;
+  bool ConfirmSignaled();
+
+  std::string name;
+  boost::interprocess::managed_shared_memory segment;
+  wire::EventState* state;
+  PeerAlive peerAlive;
+};
+
+}  // namespace quellix

@@ -1,0 +1,219 @@
+// Who waits for whom: pipelining, throttling, held commands, and a renderer that goes away.
+
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "LinkFixture.h"
+#include "support/Switches.h"
+
+namespace quellix {
+namespace {
+
+using nlohmann::json;
+using std::chrono::milliseconds;
+
+double MillisecondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+      .count();
+}
+
+std::vector<int> Ids(const std::vector<json>& commands) {
+  std::vector<int> ids;
+  for (const json& line : commands) ids.push_back(line.at("id"));
+  return ids;
+}
+
+class Handshake : public LinkTest {};
+
+// The renderer takes its time for each of these. Whether the sender waits is seen in its own time,
+// and that the next command waits for the last is seen in what is received.
+TEST_F(Handshake, OnlyPipelinedCommandsLeaveTheirWaitToTheNext) {
+  Start(R"([{"command": "UpdateInstanceTransform", "delay_ms": 200},
+            {"command": "SetMessage", "delay_ms": 200},
+            {"command": "GetLinkCamera", "delay_ms": 200},
+            {"command": "ReloadFromPlugin", "delay_ms": 60}])");
+  const float matrix[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  const bool pipelined = IpcPipelineEnabled();
+  const double first = MillisecondsOf([&] { link.UpdateInstanceTransform(1, matrix); });
+  EXPECT_EQ(first < 150.0, pipelined) << "the sender returned after " << first << " ms";
+  const double second = MillisecondsOf([&] { link.SetMessage("second"); });
+  EXPECT_GT(second, 100.0) << "one command's wait must be in here";
+  const double query = MillisecondsOf([&] { link.GetLinkCamera(); });
+  EXPECT_GT(query, pipelined ? 300.0 : 150.0);
+  const double reload = MillisecondsOf([&] { link.ReloadFromPlugin(); });
+  EXPECT_LT(reload, 50.0);
+  // It is not taken for the end of this one, whose own wait is that of the next.
+  const double after = MillisecondsOf([&] { link.SetLinkCamera(true); });
+  EXPECT_GT(after, 20.0);
+  EXPECT_EQ(Ids(Received()), (std::vector<int>{24, 16, 18, 19, 26, 2}));
+  EXPECT_EQ(Report()["faultCount"], 0);
+}
+
+TEST_F(Handshake, TheAnswerOfTheCameraLinkIsTheRenderers) {
+  Start(R"([{"command": "GetLinkCamera", "nth": 2, "link_camera": true},
+            {"command": "GetLinkCamera", "nth": 3, "link_camera": false}])");
+  EXPECT_FALSE(link.GetLinkCamera());
+  EXPECT_TRUE(link.GetLinkCamera());
+  EXPECT_FALSE(link.GetLinkCamera());
+}
+
+TEST_F(Handshake, ProgressIsSentWhenItMoves) {
+  Start();
+  for (const float fraction : {0.5f, 0.505f, 0.52f, 1.0f, 1.0f, 0.0f, 0.0f, 0.005f, 0.011f}) {
+    link.SetProgress(fraction);
+  }
+  std::vector<float> sent;
+  for (const json& line : Received()) {
+    if (line.at("id") == 17) sent.push_back(line.at("fields").at("progress"));
+  }
+  EXPECT_EQ(sent, (std::vector<float>{0.5f, 0.52f, 1.0f, 1.0f, 0.0f, 0.0f, 0.011f}));
+}
+
+// Sends from inside a request, while the command that made the renderer ask is in flight.
+class SendingReceiver : public SilentReceiver {
+ public:
+  explicit SendingReceiver(IpcInterface& linkToUse) : link(linkToUse) {}
+  void OnReload() override {
+    linkedInCallback.push_back(link.GetLinkCamera());
+    link.SetMessage("held 1");
+    link.SetProgress(0.25f);
+    link.SetProgress(0.255f);
+    link.SetMessage("held 2");
+    ++calls;
+  }
+  IpcInterface& link;
+  int calls = 0;
+  std::vector<bool> linkedInCallback;
+};
+
+TEST_F(Handshake, WhatACallbackSendsGoesOutRightAfterTheCommandInFlight) {
+  SendingReceiver sender(link);
+  Start(R"([{"command": "SetModelName", "request": 102},
+            {"command": "GetLinkCamera", "request": 102, "link_camera": true}])",
+        &sender);
+  link.SetModelName("model");
+  EXPECT_TRUE(link.GetLinkCamera());
+  EXPECT_EQ(sender.calls, 2);
+  EXPECT_EQ(sender.linkedInCallback, (std::vector<bool>{false, false}));
+  const std::vector<json> commands = Received();
+  EXPECT_EQ(Ids(commands), (std::vector<int>{14, 16, 17, 16, 18, 16, 16, 2}));
+  EXPECT_EQ(Report()["faultCount"], 0);
+}
+
+// Nobody waits for a pipelined command until the next one: what a callback holds back behind it
+// must still go out by itself.
+TEST_F(Handshake, WhatAnIdlePollHoldsIsSentByThatPoll) {
+  SendingReceiver sender(link);
+  Start(R"([{"command": "SetModelName", "request": 102}])", &sender);
+  link.SetModelName("model");
+  for (int i = 0; i < 200 && sender.calls == 0; ++i) {
+    link.PollToPlugin();
+    std::this_thread::sleep_for(milliseconds(10));
+  }
+  ASSERT_EQ(sender.calls, 1);
+  std::this_thread::sleep_for(milliseconds(200));
+  std::ifstream log(folder / "commands.jsonl");
+  std::vector<int> ids;
+  for (std::string line; std::getline(log, line);) ids.push_back(json::parse(line).at("id"));
+  EXPECT_EQ(ids, (std::vector<int>{14, 16, 17, 16}));
+}
+
+TEST_F(Handshake, CommandsOfManyThreadsStayWholeAndAllArrive) {
+  Start();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([this, t] {
+      for (int i = 0; i < 100; ++i) {
+        link.SetMessage(std::to_string(t) + ":" + std::to_string(i) + std::string(200, 'x'));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::set<std::string> texts;
+  std::vector<int> next(4, 0);
+  for (const json& line : Received()) {
+    if (line.at("id") != 16) continue;
+    const std::string text = line.at("fields").at("text");
+    texts.insert(text);
+    const std::size_t colon = text.find(':');
+    const auto thread = static_cast<std::size_t>(std::stoi(text.substr(0, colon)));
+    EXPECT_EQ(std::stoi(text.substr(colon + 1)), next.at(thread)++) << text;
+  }
+  EXPECT_EQ(texts.size(), 400u);
+  EXPECT_EQ(Report()["faultCount"], 0);
+}
+
+// Each of these makes the renderer vanish; the call in which it happens returns, nothing is sent
+// any more, and after the release no object of either side is left.
+TEST_F(Handshake, ARendererThatVanishesEndsTheWaitAndLeavesNothing) {
+  const std::pair<const char*, bool> cases[] = {
+      {R"([{"command": "GetLinkCamera", "crash": true}])", false},
+      {R"([{"command": "GetLinkCamera", "exit": 3}])", false},
+      {R"([{"command": "GetLinkCamera", "hold_mutex": {"event": "commandDone"}}])", false},
+      {R"([{"command": "GetLinkCamera", "hold_mutex": {"event": "commandReady"}}])", false},
+      {R"([{"command": "GetLinkCamera", "hold_mutex": {"event": "requestReady"}}])", false},
+      {R"([{"command": "GetLinkCamera", "quit": true}])", true}};
+  for (const auto& [script, ended] : cases) {
+    SCOPED_TRACE(script);
+    Start(script);
+    link.SetModelName("before");
+    const double wait = MillisecondsOf([&] { EXPECT_FALSE(link.GetLinkCamera()); });
+    EXPECT_LT(wait, 2000.0);
+    EXPECT_FALSE(link.IsAlive());
+    EXPECT_EQ(link.Ended(), ended);
+    EXPECT_LT(MillisecondsOf([&] { link.SetMessage("dropped"); }), 100.0);
+    // A renderer that quits is still ending itself.
+    waitpid(link.ProcessId(), nullptr, 0);
+    link.ReleaseChannel();
+    EXPECT_EQ(LinkObjects(), std::vector<std::string>{});
+  }
+}
+
+TEST_F(Handshake, ARendererKilledAtRestIsNotAliveAndAnotherStartsAtOnce) {
+  Start();
+  EXPECT_FALSE(link.GetLinkCamera());
+  kill(link.ProcessId(), SIGKILL);
+  while (link.IsAlive()) std::this_thread::sleep_for(milliseconds(1));
+  link.SetMessage("dropped");
+  link.ReleaseChannel();
+  EXPECT_EQ(LinkObjects(), std::vector<std::string>{});
+  Start();
+  link.SetMessage("arrives");
+  EXPECT_EQ(Ids(Received()), (std::vector<int>{16, 2}));
+}
+
+TEST_F(Handshake, AProgramThatIsMissingOrNoProgramDoesNotStart) {
+  ASSERT_TRUE(link.OpenChannel(&receiver));
+  std::filesystem::create_directories(folder / "plain/KvApp");
+  std::ofstream(folder / "plain/KvApp/KvApp.exe") << "not executable";
+  for (const std::string& directory :
+       {(folder / "nothing").string(), (folder / "plain").string()}) {
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(link.LaunchApp(directory)) << directory;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error: Failed to start the app\n");
+    EXPECT_FALSE(link.IsAlive());
+    link.SetMessage("dropped");
+  }
+}
+
+// The model is in there.
+TEST_F(Handshake, TheSegmentBelongsToTheUserAlone) {
+  Start();
+  struct stat info {};
+  ASSERT_EQ(stat("/dev/shm/Qlx_Mem_ToApp", &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+}  // namespace
+}  // namespace quellix
