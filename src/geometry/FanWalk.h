@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <boost/container/small_vector.hpp>
+
+#include "geometry/FaceCollector.h"
+
+namespace quellix {
+
+// A face of a fan with its first corner at the fan's vertex; a vertex that the face has at more
+// corners counts with the angle of the first.
+struct FanFace {
+  static constexpr std::size_t kNoCorner = static_cast<std::size_t>(-1);
+  const FaceData* data;
+  std::size_t corner;
+
+  double Angle() const { return corner == kNoCorner ? 0.0 : data->AngleAt(corner); }
+};
+
+// Walks the faces around a vertex that smooth edges at the vertex chain together, from `face` on.
+// `isNew(face)` tells a face not met before and remembers it; `visit(fanFace)` gets each valid face
+// and returns false to stop the walk. False when the walk was stopped.
+template <class IsNew, class Visit>
+bool WalkFan(const FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex,
+             IsNew&& isNew, Visit&& visit) {
+  boost::container::small_vector<std::uint32_t, 64> stack;
+  isNew(face);
+  stack.push_back(face);
+  while (!stack.empty()) {
+    const FaceData& data = collector.Face(stack.back());
+    stack.pop_back();
+    if (!data.Valid()) continue;
+    const auto follow = [&](std::uint32_t edge) {
+      for (const std::uint32_t neighbour : collector.FacesAt(edge)) {
+        if (isNew(neighbour)) stack.push_back(neighbour);
+      }
+    };
+    const std::span<const std::uint32_t> edges = data.Edges();
+    FanFace fanFace{&data, FanFace::kNoCorner};
+    data.ForEachCornerAt(su_vertex, [&](std::size_t corner) {
+      if (fanFace.corner == FanFace::kNoCorner) fanFace.corner = corner;
+      follow(edges[data.LoopOf(corner).Previous(corner)]);
+      follow(edges[corner]);
+    });
+    if (!visit(fanFace)) return false;
+  }
+  return true;
+}
+
+}  // namespace quellix

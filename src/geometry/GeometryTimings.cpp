@@ -1,0 +1,28 @@
+#include "geometry/GeometryTimings.h"
+
+namespace quellix {
+
+GeometryTimings& Timings() {
+  static GeometryTimings timings;
+  return timings;
+}
+
+void ResetGeometryTimings() {
+  for (TimingCounter* counter :
+       {&Timings().collectFace, &Timings().meshHelperCreate, &Timings().uvHelper}) {
+    counter->microseconds = 0;
+    counter->count = 0;
+  }
+}
+
+void DumpGeometryTimings() {
+  const auto milliseconds = [](const TimingCounter& counter) {
+    return static_cast<double>(counter.microseconds.load()) / 1000.0;
+  };
+  const GeometryTimings& t = Timings();
+  LogLine("CollectFace: n=%lld total=%.1fms (SUMeshHelperCreate=%.1fms, UVHelper=%.1fms)",
+          static_cast<long long>(t.collectFace.count.load()), milliseconds(t.collectFace),
+          milliseconds(t.meshHelperCreate), milliseconds(t.uvHelper));
+}
+
+}  // namespace quellix

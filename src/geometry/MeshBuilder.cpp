@@ -1,0 +1,71 @@
+#include "geometry/MeshBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quellix {
+
+namespace {
+
+constexpr float kNoVolume = 1e-12f;
+constexpr float kNoLength = 1e-5f;
+constexpr float kNoArea = 1e-10f;
+
+glm::mat3 NormalMatrix(const glm::mat3& m) {
+  const glm::mat3 cofactors(glm::cross(m[1], m[2]), glm::cross(m[2], m[0]), glm::cross(m[0], m[1]));
+  const float determinant = glm::dot(m[0], cofactors[0]);
+  if (!(std::abs(determinant) > kNoVolume)) return m;
+  return glm::mat3(cofactors[0] / determinant, cofactors[1] / determinant,
+                   cofactors[2] / determinant);
+}
+
+glm::vec2 UvAt(std::span<const glm::vec2> uv, std::size_t vertex) {
+  return vertex < uv.size() ? uv[vertex] : glm::vec2(0.0f);
+}
+
+float Area(const glm::vec3& a, const glm::vec3& b, const glm::vec3& c) {
+  return 0.5f * glm::length(glm::cross(b - a, c - a));
+}
+
+}  // namespace
+
+FaceTransform::FaceTransform(const glm::mat4& transform)
+    : matrix(transform), normalMatrix(NormalMatrix(glm::mat3(transform))) {}
+
+glm::vec3 FaceTransform::Position(const glm::dvec3& position) const {
+  return glm::vec3(matrix * glm::vec4(glm::vec3(position), 1.0f));
+}
+
+glm::vec3 FaceTransform::Normal(const glm::dvec3& normal) const {
+  const glm::vec3 turned = normalMatrix * glm::vec3(normal);
+  const float length = glm::length(turned);
+  return length > kNoLength ? turned / length : turned;
+}
+
+void AppendFace(const FaceMesh& face, const glm::mat4& transform, MeshBuffer& buffer) {
+  const FaceTransform faceTransform(transform);
+  const std::size_t first = buffer.vertices.size();
+  buffer.vertices.resize(first + face.positions.size());
+  MeshVertex* const own = buffer.vertices.data() + first;
+  for (std::size_t i = 0; i < face.positions.size(); ++i) {
+    own[i] = {faceTransform.Position(face.positions[i]), faceTransform.Normal(face.normals[i]),
+              UvAt(face.frontUv, i), UvAt(face.backUv, i)};
+  }
+
+  const std::size_t firstWord = buffer.triangles.size();
+  buffer.triangles.resize(firstWord + face.indexes.size() / 3 * kTriangleWords);
+  std::uint32_t* word = buffer.triangles.data() + firstWord;
+  const auto base = static_cast<std::uint32_t>(first);
+  for (std::size_t t = 0; t + 2 < face.indexes.size(); t += 3) {
+    const std::uint32_t a = face.indexes[t];
+    const std::uint32_t b = face.indexes[t + 1];
+    const std::uint32_t c = face.indexes[t + 2];
+    if (Area(own[a].position, own[b].position, own[c].position) < kNoArea) continue;
+    const std::uint32_t triangle[kTriangleWords] = {base + a, base + b, base + c, face.frontIndex,
+                                                    face.backIndex};
+    word = std::copy_n(triangle, kTriangleWords, word);
+  }
+  buffer.triangles.resize(static_cast<std::size_t>(word - buffer.triangles.data()));
+}
+
+}  // namespace quellix

@@ -1,0 +1,205 @@
+#include "geometry/FaceCollector.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "ScriptedHost.h"
+
+namespace quellix {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+const std::vector<glm::dvec3> kSquare = {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}};
+
+// A strip of squares along x; square i lies between vertex pairs i and i + 1.
+struct Strip {
+  std::vector<scripted::Vertex*> low, high;
+  std::vector<scripted::Face*> faces;
+
+  Strip(scripted::Host& host, int count) {
+    for (int i = 0; i <= count; ++i) {
+      low.push_back(host.AddVertex({i, 0, 0}));
+      high.push_back(host.AddVertex({i, 1, 0}));
+    }
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+      faces.push_back(host.AddFace({low[i], low[i + 1], high[i + 1], high[i]}));
+    }
+  }
+};
+
+TEST(CollectFaceData, LeavesAFaceThatCannotBeReadNotValid) {
+  struct Case {
+    const char* what;
+    void (*spoil)(scripted::Host&, scripted::Face&);
+  };
+  const Case cases[] = {
+      {"plane fails", [](scripted::Host&, scripted::Face& f) { f.planeFails = true; }},
+      {"plane without direction", [](scripted::Host&, scripted::Face& f) { f.plane = {}; }},
+      {"no outer loop", [](scripted::Host&, scripted::Face& f) { f.loops.clear(); }},
+      {"outer loop of two",
+       [](scripted::Host&, scripted::Face& f) { f.loops[0].vertices.resize(2); }},
+      {"fewer edges written than vertices",
+       [](scripted::Host&, scripted::Face& f) { f.loops[0].edgesWritten = 3; }},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    scripted::Host host;
+    scripted::Face* face = host.AddFace(kSquare);
+    c.spoil(host, *face);
+    FaceCollector collector;
+    EXPECT_FALSE(collector.CollectFaceData(face->ref()).Valid());
+    EXPECT_EQ(collector.CollectSmoothingGroup(face->ref()), FaceCollector::kNone);
+    std::vector<Point> points(1);
+    EXPECT_FALSE(collector.GatherFacePoints(collector.FindFace(face->ref()), points));
+    EXPECT_TRUE(points.empty());
+    // It stays not valid, and is not asked for again, until the next export.
+    EXPECT_EQ(host.Calls("SUFaceGetPlane"), 1);
+    collector.Clear();
+    EXPECT_EQ(collector.FindFaceData(face->ref()), nullptr);
+    collector.CollectFaceData(face->ref());
+    EXPECT_EQ(host.Calls("SUFaceGetPlane"), 2);
+  }
+}
+
+TEST(CollectFaceData, NormalisesThePlaneAndLeavesBadInnerLoopsOut) {
+  scripted::Host host;
+  scripted::Face* face = host.AddFace(kSquare, {{{0.1, 0.1, 0}, {0.2, 0.1, 0}, {0.2, 0.2, 0}},
+                                                {{1.1, 1.1, 0}, {1.2, 1.1, 0}, {1.2, 1.2, 0}}});
+  face->loops[1].vertices.resize(2);
+  face->plane = {0, 0, -5, 3};
+  FaceCollector collector;
+  const FaceData& data = collector.CollectFaceData(face->ref());
+  ASSERT_TRUE(data.Valid());
+  EXPECT_EQ(data.Normal(), Point(0, 0, -1));
+  ASSERT_EQ(data.LoopCount(), 2u);
+  EXPECT_EQ(data.Positions()[data.Loop(1).begin], Point(1.1, 1.1, 0));
+  EXPECT_EQ(data.CornerCount(), 7u);
+}
+
+TEST(CollectFaceData, KeepsOpeningsWithThreePointsAndReleasesAll) {
+  scripted::Host host;
+  scripted::Face* face = host.AddFace(kSquare);
+  face->openings = {
+      {{0.1, 0.1, 0}, {0.2, 0.1, 0}, {0.2, 0.2, 0}, {0.1, 0.1, 9e-10}},  // the repeat goes
+      {{0.5, 0.5, 0}, {0.6, 0.5, 0}, {0.5, 0.5, 0}},                     // two points are left
+      {{0.7, 0.7, 0}, {0.8, 0.7, 0}},                                    // two from the start
+      {{1, 1, 0}, {1.5, 1, 0}, {1.5, 1.5, 0}, {1, 1, 2e-9}},             // far enough apart
+  };
+  FaceCollector collector;
+  const FaceData& data = collector.CollectFaceData(face->ref());
+  ASSERT_EQ(data.Openings().size(), 2u);
+  EXPECT_EQ(data.Openings()[0].size(), 3u);
+  EXPECT_EQ(data.Openings()[1].size(), 4u);
+  EXPECT_EQ(host.Outstanding(), 0);
+
+  // Tessellation order: outer loop, inner loops, openings.
+  std::vector<Point> points;
+  ASSERT_TRUE(collector.GatherFacePoints(collector.FindFace(face->ref()), points));
+  ASSERT_EQ(points.size(), 11u);
+  EXPECT_EQ(points[0], kSquare[0]);
+  EXPECT_EQ(points[4], Point(0.1, 0.1, 0));
+  EXPECT_EQ(points[7], Point(1, 1, 0));
+}
+
+TEST(CollectFaceData, CornerAngles) {
+  struct Case {
+    const char* what;
+    std::vector<glm::dvec3> outline;
+    std::size_t corner;
+    double angle;
+  };
+  const Case cases[] = {
+      {"right angle", kSquare, 0, kPi / 2},
+      {"straight corner", {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {1, 2, 0}}, 1, kPi},
+      {"reflex corner", {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {1, 1, 0}, {0, 2, 0}}, 3, kPi / 2},
+      {"edge without length", {{0, 0, 0}, {2, 0, 0}, {2, 0, 0}, {0, 2, 0}}, 1, 0.0},
+      {"spike", {{0, 0, 0}, {4, 0, 0}, {2, 0, 0}, {2, 2, 0}}, 1, 0.0},
+      {"equilateral", {{0, 0, 0}, {1, 0, 0}, {0.5, std::sqrt(0.75), 0}}, 2, kPi / 3},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    scripted::Host host;
+    FaceCollector collector;
+    const FaceData& data = collector.CollectFaceData(host.AddFace(c.outline)->ref());
+    EXPECT_NEAR(data.AngleAt(c.corner), c.angle, 1e-12);
+  }
+}
+
+// Two triangles of one outline that meet in a vertex: an hourglass. In the large variant each has
+// so many corners more that vertices are searched, not scanned.
+TEST(CollectFaceData, AVertexThatOccursTwiceKeepsItsFirstAngleAndAllItsEdges) {
+  for (const int extra : {0, 40}) {
+    SCOPED_TRACE(extra);
+    scripted::Host host;
+    scripted::Vertex* waist = host.AddVertex({0, 0, 0});
+    std::vector<scripted::Vertex*> outline = {waist, host.AddVertex({2, -1, 0})};
+    for (int i = 1; i <= extra; ++i) {
+      outline.push_back(host.AddVertex({2, -1 + 2.0 * i / (extra + 1), 0}));
+    }
+    outline.push_back(host.AddVertex({2, 1, 0}));
+    outline.push_back(waist);
+    outline.push_back(host.AddVertex({-1, 1, 0}));
+    outline.push_back(host.AddVertex({-1, 0, 0}));
+    scripted::Face* face = host.AddFace(outline);
+    FaceCollector collector;
+    const FaceData& data = collector.CollectFaceData(face->ref());
+    ASSERT_TRUE(data.Valid());
+
+    std::vector<std::size_t> corners;
+    data.ForEachCornerAt({waist}, [&](std::size_t corner) { corners.push_back(corner); });
+    const std::size_t second = outline.size() - 3;
+    EXPECT_EQ(corners, (std::vector<std::size_t>{0, second}));
+    EXPECT_NEAR(data.AngleAt(0), kPi - std::atan2(1, 2), 1e-12);
+
+    // The smooth edge is one of the second corner's; its neighbour counts in the walk all the same.
+    scripted::Vertex* far = outline[second + 1];
+    scripted::Face* neighbour = host.AddFace({waist, far, host.AddVertex({0, 3, 0})});
+    host.MakeSmooth(waist, far);
+    collector.Clear();
+    collector.CollectSmoothingGroup(face->ref());
+    const std::uint32_t edge = collector.FindFaceData(face->ref())->Edges()[second];
+    EXPECT_EQ(collector.FacesAt(edge).size(), 2u);
+    EXPECT_NE(collector.FindFaceData(neighbour->ref()), nullptr);
+  }
+}
+
+TEST(CollectSmoothingGroup, FollowsSmoothEdgesAndReadsEachFaceAndEdgeOnce) {
+  scripted::Host host;
+  Strip strip(host, 5);
+  host.MakeSmooth(strip.low[1], strip.high[1]);
+  host.MakeSmooth(strip.low[2], strip.high[2]);
+  // Between squares 2 and 3 the flag cannot be read, which makes a hard edge.
+  host.MakeSmooth(strip.low[3], strip.high[3]);
+  host.EdgeBetween(strip.low[3], strip.high[3])->smoothFails = true;
+  host.MakeSmooth(strip.low[4], strip.high[4]);
+  FaceCollector collector;
+  EXPECT_NE(collector.CollectSmoothingGroup(strip.faces[1]->ref()), FaceCollector::kNone);
+  EXPECT_NE(collector.FindFaceData(strip.faces[0]->ref()), nullptr);
+  EXPECT_NE(collector.FindFaceData(strip.faces[2]->ref()), nullptr);
+  EXPECT_EQ(collector.FindFaceData(strip.faces[3]->ref()), nullptr);
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 3);
+  EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), 10) << "three squares have ten edges";
+
+  for (scripted::Face* face : strip.faces) {
+    EXPECT_NE(collector.CollectSmoothingGroup(face->ref()), FaceCollector::kNone);
+  }
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 5);
+  EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), 16);
+}
+
+TEST(CollectSmoothingGroup, DoesNotGoBeyondAFaceThatIsNotValid) {
+  scripted::Host host;
+  Strip strip(host, 3);
+  host.MakeSmooth(strip.low[1], strip.high[1]);
+  host.MakeSmooth(strip.low[2], strip.high[2]);
+  strip.faces[1]->planeFails = true;
+  FaceCollector collector;
+  EXPECT_NE(collector.CollectSmoothingGroup(strip.faces[0]->ref()), FaceCollector::kNone);
+  ASSERT_NE(collector.FindFaceData(strip.faces[1]->ref()), nullptr);
+  EXPECT_FALSE(collector.FindFaceData(strip.faces[1]->ref())->Valid());
+  EXPECT_EQ(collector.FindFaceData(strip.faces[2]->ref()), nullptr);
+}
+
+}  // namespace
+}  // namespace quellix
