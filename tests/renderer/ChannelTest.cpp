@@ -256,7 +256,8 @@ TEST(Channel, EndsWithItsHostEvenIfThatDiedWithALockHeld) {
       new EventPeer(std::move(*event));
     };
     OtherProcess host(test.hostLocks ? lock : std::function<void()>());
-    plugin.Start({}, host.Id());
+    // The thread sanitizer does not know that a mutex may pass to a waiter when its owner dies.
+    plugin.Start({{"TSAN_OPTIONS", "report_mutex_bugs=0"}}, host.Id());
     if (!test.hostLocks) plugin.Send(TextCommand(14, "House"));
     std::this_thread::sleep_for(milliseconds(20));
     OtherProcess other(test.othersLock ? lock : std::function<void()>());

@@ -145,12 +145,13 @@ TEST_F(PictureTest, SeeThroughSurfacesShowWhatIsBehind) {
 TEST_F(PictureTest, PlacesLightsAndCameraWhereTheHostHasThem) {
   Take(Square(50, 7, 0, 1));
   Take(Bytes(Instance(50, 8, 3)).F32(20, {0.5f}));  // sheared: no translation, rotation and scale
+  Take(Bytes(Instance(50, 9)).F32(16, {-1}));       // mirrored
   Take(OmniLight(4, 10));
   Take(SpotLight());
   Take(Background(0.25f));
   LookFrom(0, -6, 0);
   const kvpicture::Model model = Load();
-  ASSERT_EQ(model.items.size(), 4u);  // two sides each
+  ASSERT_EQ(model.items.size(), 6u);  // two sides each
   // Host Z is up in the file's Y; the sheared one is baked into vertices of its own.
   const auto cornerOf = [&model](std::size_t item) {
     const auto& part = model.parts[static_cast<std::size_t>(model.items[item].part)];
@@ -158,6 +159,7 @@ TEST_F(PictureTest, PlacesLightsAndCameraWhereTheHostHasThem) {
   };
   EXPECT_LT(glm::distance(cornerOf(0), glm::vec3(1, -1, 0)), 1e-5f);
   EXPECT_LT(glm::distance(cornerOf(2), glm::vec3(4, -1, -0.5f)), 1e-5f);
+  EXPECT_LT(glm::distance(cornerOf(4), glm::vec3(-1, -1, 0)), 1e-5f);
   ASSERT_EQ(model.lamps.size(), 2u);
   EXPECT_LT(glm::distance(model.lamps[0].position, glm::vec3(10, 30, -20)), 1e-4f);
   EXPECT_LT(glm::distance(model.lamps[1].direction, glm::vec3(0, -1, 0)), 1e-5f);

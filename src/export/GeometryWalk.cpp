@@ -1,0 +1,157 @@
+#include "export/GeometryWalk.h"
+
+#include "export/ImageExport.h"
+#include "export/Lists.h"
+#include "export/ReloadCaches.h"
+#include "geometry/FaceExporter.h"
+
+namespace quellix {
+
+namespace {
+
+constexpr std::uint64_t kFacingMeshBit = 0x8000000000000000ull;
+constexpr std::uint64_t kOutermostOwner = 0xFFFFFFFFFFFFFFFFull;
+
+bool AcceptAll(SUComponentDefinitionRef) {
+  return true;
+}
+
+bool IsManifold(SUComponentDefinitionRef su_definition) {
+  bool manifold = false;
+  SUComponentDefinitionIsManifold(su_definition, &manifold);
+  return manifold;
+}
+
+}  // namespace
+
+void GeometryWalk::FirstPass() {
+  const SUEntitiesRef su_root = RootEntitiesOf(importer.model);
+  InheritanceManager manager(importer.textureWriter);
+  const IterateParams root{su_root, &manager, nullptr, SU_INVALID};
+  const auto exportChild = [this](IterateParams& child) {
+    ExportDefinitionGeometry(child, IdOf(child.definition), IsManifold(child.definition),
+                             OwnerOf(*child.manager));
+  };
+  IterateInstances(importer.scene.hiddenLayers, root, AcceptAll, [&](IterateParams& child) {
+    if (!AlwaysFacesCamera(child.definition)) exportChild(child);
+  });
+  IterateGroups(importer.scene.hiddenLayers, root, exportChild);
+  ExportLooseGeometry(su_root, manager);
+}
+
+void GeometryWalk::ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceManager& manager) {
+  ReloadCaches& caches = ReloadCaches::Instance();
+  if (caches.TryUseCachedGeometry(0, importer.reload, importer.cachedGeometryPids)) return;
+  InheritanceManager own(manager);
+  own.ResetTransforms();
+  MeshBuffer mesh;
+  ExportImages(su_root, true, importer.scene, own, mesh);
+  ExportFaces({su_root, &own, &mesh, SU_INVALID});
+  importer.geometry.CloseMesh(mesh, MeshPlacement{});
+  {
+    const std::lock_guard<std::mutex> guard(importer.lock);
+    importer.exportedDefinitions[su_root] = 0;
+  }
+  Record(0);
+}
+
+void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId,
+                                            bool manifold, std::uint64_t cacheKey) {
+  ReloadCaches& caches = ReloadCaches::Instance();
+  const bool facing = importer.geometry.Pass() == 1;
+  if (cacheKey == kOutermostOwner) cacheKey = OwnerOf(*params.manager);
+  if (facing) {
+    meshId |= kFacingMeshBit;
+  } else if (caches.TryUseCachedGeometry(cacheKey, importer.reload, importer.cachedGeometryPids)) {
+    return;
+  }
+
+  MeshPlacement placement{meshId, params.manager->CurrentTransform(), cacheKey, manifold};
+  bool known = false;
+  {
+    const std::lock_guard<std::mutex> guard(importer.lock);
+    const auto exported = importer.exportedDefinitions.find(params.entities);
+    known = exported != importer.exportedDefinitions.end();
+    if (known) placement.meshId = exported->second;
+  }
+  if (known) {
+    importer.geometry.PlaceMesh(placement);
+    if (!facing) Record(cacheKey);
+    return;
+  }
+
+  // The mesh is built in the definition's own space; the placement carries the transform.
+  InheritanceManager own(*params.manager);
+  own.ResetTransforms();
+  MeshBuffer mesh;
+  IterateParams content{params.entities, &own, &mesh, params.definition};
+  CollectContent(content);
+  importer.geometry.CloseMesh(mesh, placement);
+  {
+    const std::lock_guard<std::mutex> guard(importer.lock);
+    importer.exportedDefinitions[params.entities] = meshId;
+  }
+  if (!facing) Record(cacheKey);
+}
+
+void GeometryWalk::CollectContent(IterateParams& params) {
+  const bool facing = importer.geometry.Pass() == 1;
+  const auto collect = [this](IterateParams& child) { CollectContent(child); };
+  IterateInstances(
+      importer.scene.hiddenLayers, params,
+      [facing](SUComponentDefinitionRef su_definition) {
+        return facing || !AlwaysFacesCamera(su_definition);
+      },
+      collect);
+  IterateGroups(importer.scene.hiddenLayers, params, collect);
+  ExportImages(params.entities, false, importer.scene, *params.manager, *params.output);
+  ExportFaces(params);
+}
+
+void GeometryWalk::ExportFaces(const IterateParams& params) {
+  const FaceSelectionInputs inputs{importer.scene.hiddenLayers,
+                                   importer.scene.materialIndex,
+                                   kDefaultFrontIndex,
+                                   kDefaultBackIndex,
+                                   ReloadCaches::Instance().layerDependents,
+                                   importer.geometry.facesDone};
+  const bool atRoot = SUIsInvalid(params.definition);
+  ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs,
+                      [&](SUFaceRef su_face, const FaceContext& context) {
+                        ExportFaceSerial(importer.geometry.collector, su_face, context,
+                                         *params.output);
+                      });
+}
+
+void GeometryWalk::SecondPass() {
+  InheritanceManager manager(importer.textureWriter);
+  IterateParams root{RootEntitiesOf(importer.model), &manager, nullptr, SU_INVALID};
+  DescendToFacing(root);
+}
+
+void GeometryWalk::DescendToFacing(IterateParams& params) {
+  InheritanceManager& manager = *params.manager;
+  for (const SUComponentInstanceRef su_instance : InstancesOf(params.entities)) {
+    if (IsHidden(AsDrawingElement(su_instance))) continue;
+    const SUComponentDefinitionRef su_definition = DefinitionOf(su_instance);
+    const bool facing = AlwaysFacesCamera(su_definition);
+    const PushedLevel level(manager, su_instance);
+    const std::uint64_t dependent = facing ? manager.PathKey() : OwnerOf(manager);
+    if (!RecordLayerAndTest(importer.scene.hiddenLayers, manager, dependent)) continue;
+    if (!LightType(su_definition).empty()) continue;
+    IterateParams child{EntitiesOf(su_definition), &manager, nullptr, su_definition};
+    if (facing) {
+      ExportDefinitionGeometry(child, IdOf(su_definition), false, manager.PathKey());
+    } else {
+      DescendToFacing(child);
+    }
+  }
+  IterateGroups(importer.scene.hiddenLayers, params,
+                [this](IterateParams& child) { DescendToFacing(child); });
+}
+
+void GeometryWalk::Record(std::uint64_t cacheKey) {
+  ReloadCaches::Instance().RecordGeometry(cacheKey);
+}
+
+}  // namespace quellix

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "export/SkpImporter.h"
+#include "export/Walks.h"
+
+namespace quellix {
+
+// The walks that turn the model into meshes and placements, on the geometry worker's thread.
+class GeometryWalk {
+ public:
+  explicit GeometryWalk(SkpImporter& skpImporter) : importer(skpImporter) {}
+
+  // Each top-level instance and group as one mesh with all that is nested in it, then what lies
+  // loose at the root. Owners whose meshes the renderer holds are listed instead.
+  void FirstPass();
+
+  // The components that always face the camera, wherever they are, each as a mesh of its own.
+  void SecondPass();
+
+ private:
+  // `facesLastCacheKey` below: the cache key that stands for the owner of the manager's outermost
+  // element.
+  void ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId, bool manifold,
+                                std::uint64_t cacheKey);
+  void ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceManager& manager);
+  void CollectContent(IterateParams& params);
+  void ExportFaces(const IterateParams& params);
+  void DescendToFacing(IterateParams& params);
+  void Record(std::uint64_t cacheKey);
+
+  SkpImporter& importer;
+};
+
+}  // namespace quellix

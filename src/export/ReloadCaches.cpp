@@ -1,0 +1,100 @@
+#include "export/ReloadCaches.h"
+
+#include "support/TimingLog.h"
+
+namespace quellix {
+
+namespace {
+
+unsigned long long Printed(std::uint64_t id) {
+  return static_cast<unsigned long long>(id);
+}
+
+}  // namespace
+
+ReloadCaches& ReloadCaches::Instance() {
+  static ReloadCaches caches;
+  return caches;
+}
+
+bool ReloadCaches::UseCachedMaterial(std::uint32_t index, std::uint32_t materialId,
+                                     std::int32_t textureId, float lightPower,
+                                     std::vector<wire::CachedMaterialReference>& references) {
+  const std::uint64_t key = MaterialKey(textureId, materialId);
+  if (!materialCache.contains(key)) return false;
+  references.push_back({index, lightPower, key});
+  materialsUsed.insert(key);
+  return true;
+}
+
+void ReloadCaches::RecordMaterial(std::uint64_t key) {
+  materialCache.insert(key);
+  materialsUsed.insert(key);
+}
+
+bool ReloadCaches::TryUseCachedGeometry(std::uint64_t ownerId, bool reload,
+                                        std::vector<std::uint64_t>& ownerIds) {
+  if (!geometryCache.contains(ownerId)) {
+    if (reload) LogLine("geo cache miss (re-export): pid=%llu", Printed(ownerId));
+    return false;
+  }
+  ownerIds.push_back(ownerId);
+  geometryUsed.insert(ownerId);
+  return true;
+}
+
+void ReloadCaches::RecordGeometry(std::uint64_t ownerId) {
+  geometryCache.insert(ownerId);
+  geometryUsed.insert(ownerId);
+}
+
+void ReloadCaches::ForgetGeometry(const IdSet& ownerIds) {
+  for (const std::uint64_t ownerId : ownerIds) geometryCache.erase(ownerId);
+}
+
+void ReloadCaches::InvalidateMaterial(std::uint32_t materialId) {
+  std::erase_if(materialCache, [materialId](std::uint64_t key) {
+    return static_cast<std::uint32_t>(key) == materialId;
+  });
+  const auto dependents = materialDependents.find(materialId);
+  if (dependents != materialDependents.end()) ForgetGeometry(dependents->second);
+}
+
+void ReloadCaches::InvalidateLayerCache(std::uint64_t layerId) {
+  LogLine("InvalidateLayerCache: pid=%llu", Printed(layerId));
+  const auto dependents = layerDependents.find(layerId);
+  if (dependents != layerDependents.end()) ForgetGeometry(dependents->second);
+}
+
+void ReloadCaches::InvalidateDefinition(std::uint64_t definitionId) {
+  LogLine("InvalidateDefinition: pid=%llu", Printed(definitionId));
+  const auto owners = childrenMap.find(definitionId);
+  if (owners == childrenMap.end()) return;
+  ForgetGeometry(owners->second);
+  childrenMap.erase(owners);
+}
+
+void ReloadCaches::InvalidateGeometryCache(std::uint64_t ownerId) {
+  const std::size_t erased = geometryCache.erase(ownerId);
+  LogLine("InvalidateGeometryCache: pid=%llu erased=%zu (cached=%zu)", Printed(ownerId), erased,
+          geometryCache.size());
+}
+
+void ReloadCaches::UpdateCacheInfo() {
+  LogLine("UpdateCacheInfo: materials %zu->%zu, instances %zu->%zu", materialCache.size(),
+          materialsUsed.size(), geometryCache.size(), geometryUsed.size());
+  materialCache.swap(materialsUsed);
+  geometryCache.swap(geometryUsed);
+  materialsUsed.clear();
+  geometryUsed.clear();
+}
+
+void ReloadCaches::ClearReloadCache() {
+  materialCache.clear();
+  materialsUsed.clear();
+  LogLine("ClearGeometryCache (cached=%zu)", geometryCache.size());
+  geometryCache.clear();
+  geometryUsed.clear();
+}
+
+}  // namespace quellix

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "link/WireRecords.h"
+
+namespace quellix {
+
+// The id under which a material is known across exports: what it was seen as (its texture id) in
+// the upper half, who it is (the low half of its persistent id) in the lower.
+constexpr std::uint64_t MaterialKey(std::int32_t textureId, std::uint32_t materialId) {
+  return static_cast<std::uint64_t>(static_cast<std::uint32_t>(textureId)) << 32 | materialId;
+}
+
+inline constexpr std::uint32_t kDefaultFrontMaterialId = 0xFFFFFFFF;
+inline constexpr std::uint32_t kDefaultBackMaterialId = 0xFFFFFFFE;
+
+using IdSet = std::set<std::uint64_t>;
+
+// What the renderer holds, and what depends on what in the model: the tables that make a reload
+// send only what changed. They outlive every export; Ruby keeps them true by reporting changes.
+//
+// No lock: outside an export the host thread has them. During one, each table has one writer at a
+// time: the materials' two belong to the scan and then to the material worker, the geometry's two
+// to the geometry worker, the dependency maps to the scan, `layerDependents` then to the geometry
+// worker and after it to the light walk.
+class ReloadCaches {
+ public:
+  // The one set of tables of the process.
+  static ReloadCaches& Instance();
+
+  // True when the renderer holds the material: it is then referenced in `references` and counts as
+  // used; otherwise the caller sends it and calls RecordMaterial.
+  bool UseCachedMaterial(std::uint32_t index, std::uint32_t materialId, std::int32_t textureId,
+                         float lightPower, std::vector<wire::CachedMaterialReference>& references);
+  void RecordMaterial(std::uint64_t key);
+
+  // True when the renderer holds the owner's meshes: it is then listed in `ownerIds` and counts as
+  // used. A miss of a reload is logged.
+  bool TryUseCachedGeometry(std::uint64_t ownerId, bool reload,
+                            std::vector<std::uint64_t>& ownerIds);
+  void RecordGeometry(std::uint64_t ownerId);
+
+  // A material or an image changed: every variant of it, and the owners that show it.
+  void InvalidateMaterial(std::uint32_t materialId);
+  // What lies on the layer changed its visibility.
+  void InvalidateLayerCache(std::uint64_t layerId);
+  // A definition's content changed.
+  void InvalidateDefinition(std::uint64_t definitionId);
+  // One owner changed.
+  void InvalidateGeometryCache(std::uint64_t ownerId);
+
+  // Makes the caches what the last export used, and starts counting anew.
+  void UpdateCacheInfo();
+  // The renderer holds nothing any more.
+  void ClearReloadCache();
+
+  std::map<std::uint64_t, IdSet> childrenMap;         // definition (or image key) -> owners
+  std::map<std::uint32_t, IdSet> materialDependents;  // material id (or image key) -> owners
+  std::map<std::uint64_t, IdSet> layerDependents;     // layer -> owners, or path keys
+  bool childrenMapBuilt = false;                      // the last scan has built childrenMap
+
+ private:
+  void ForgetGeometry(const IdSet& ownerIds);
+
+  IdSet materialCache;
+  IdSet materialsUsed;
+  IdSet geometryCache;
+  IdSet geometryUsed;
+};
+
+}  // namespace quellix

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "export/FaceSelection.h"
+
+namespace quellix {
+
+inline constexpr std::uint32_t kDefaultFrontIndex = 0;
+inline constexpr std::uint32_t kDefaultBackIndex = 1;
+inline constexpr std::uint32_t kFirstMaterialIndex = 2;
+
+// What the scene scan finds out before the workers start; it does not change while they run.
+struct SceneIndex {
+  HiddenLayerSet hiddenLayers;                        // hidden themselves or by a folder above
+  MaterialIndexMap materialIndex;                     // material -> texture id -> renderer index
+  std::map<std::uint32_t, std::uint32_t> imageIndex;  // image key -> renderer index
+};
+
+}  // namespace quellix

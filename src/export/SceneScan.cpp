@@ -1,0 +1,277 @@
+#include "export/SceneScan.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+#include <type_traits>
+
+#include "cw/Handle.h"
+#include "export/DefaultMaterials.h"
+#include "export/ImageKey.h"
+#include "export/InheritanceManager.h"
+#include "export/Lights.h"
+#include "export/Lists.h"
+#include "export/ReloadCaches.h"
+#include "export/TextureLoading.h"
+#include "export/TextureReading.h"
+#include "export/Walks.h"
+#include "support/TimingLog.h"
+
+namespace quellix {
+
+namespace {
+
+using MaterialSet = std::map<SUMaterialRef, std::set<std::int32_t>, CW::HandleLess>;
+using ImageSet = std::map<std::uint32_t, SUImageRef>;
+
+SUMaterialRef MaterialOf(SUDrawingElementRef su_element) {
+  SUMaterialRef su_material = SU_INVALID;
+  SUDrawingElementGetMaterial(su_element, &su_material);
+  return su_material;
+}
+
+SULayerRef LayerOf(SUDrawingElementRef su_element) {
+  SULayerRef su_layer = SU_INVALID;
+  SUDrawingElementGetLayer(su_element, &su_layer);
+  return su_layer;
+}
+
+// One scan of the model's hierarchy.
+class Scan {
+ public:
+  explicit Scan(SkpImporter& skpImporter) : importer(skpImporter) {}
+
+  // One walk for everything. Below a hidden element or layer (`active` false) the materials still
+  // count, so that showing it again needs no new ones.
+  void UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager, std::uint64_t ownerId,
+                   bool active);
+
+  // The older way, a walk for materials and one for images.
+  void CollectMaterials(SUEntitiesRef su_entities, std::uint64_t ownerId);
+  void CollectImages(SUEntitiesRef su_entities, std::uint64_t ownerId);
+
+  MaterialSet materials;
+  ImageSet images;
+
+ private:
+  template <class Element>
+  void ScanElement(Element su_element, InheritanceManager& manager, std::uint64_t ownerId,
+                   bool active);
+  void ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
+                 std::uint64_t ownerId);
+  void RecordMaterial(SUMaterialRef su_material, std::int32_t textureId, std::uint64_t ownerId);
+  void RecordImage(SUImageRef su_image, std::uint64_t ownerId);
+
+  SkpImporter& importer;
+  ReloadCaches& caches = ReloadCaches::Instance();
+};
+
+void Scan::RecordMaterial(SUMaterialRef su_material, std::int32_t textureId,
+                          std::uint64_t ownerId) {
+  if (SUIsInvalid(su_material)) return;
+  materials[su_material].insert(textureId);
+  caches.materialDependents[IdOf(su_material)].insert(ownerId);
+}
+
+void Scan::RecordImage(SUImageRef su_image, std::uint64_t ownerId) {
+  const std::uint32_t key = ImageKey(su_image);
+  if (key == 0) return;
+  images.emplace(key, su_image);
+  caches.materialDependents[key].insert(ownerId);
+  caches.childrenMap[key].insert(ownerId);
+}
+
+template <class Element>
+void Scan::ScanElement(Element su_element, InheritanceManager& manager, std::uint64_t ownerId,
+                       bool active) {
+  const SUDrawingElementRef su_drawing = AsDrawingElement(su_element);
+  const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
+  const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
+  const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
+  RecordMaterial(MaterialOf(su_drawing), textureId, owner);
+  caches.childrenMap[IdOf(su_definition)].insert(owner);
+
+  if (!active || IsHidden(su_drawing)) {
+    UnifiedScan(EntitiesOf(su_definition), manager, owner, false);
+    return;
+  }
+  const PushedLevel level(manager, su_element);
+  const bool visible = RecordLayerAndTest(importer.scene.hiddenLayers, manager, owner);
+  if constexpr (std::is_same_v<Element, SUComponentInstanceRef>) {
+    if (visible) CollectLight(su_element, su_definition, manager, importer.pendingLights);
+  }
+  UnifiedScan(EntitiesOf(su_definition), manager, owner, visible);
+}
+
+void Scan::ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
+                     std::uint64_t ownerId) {
+  SULayerRef su_recorded = SU_INVALID;
+  for (const SUFaceRef su_face : FacesOf(su_entities)) {
+    if (manager != nullptr) {
+      SULayerRef su_layer = LayerOf(SUFaceToDrawingElement(su_face));
+      if (SUIsInvalid(su_layer)) su_layer = manager->CurrentLayer();
+      if (SUIsValid(su_layer) && !SUAreEqual(su_layer, su_recorded)) {
+        su_recorded = su_layer;
+        caches.layerDependents[CW::persistent_id(SULayerToEntity(su_layer))].insert(ownerId);
+      }
+    }
+    const FaceTextures textures = LoadFaceTextures(importer.textureWriter, su_face);
+    SUMaterialRef su_front = SU_INVALID;
+    SUMaterialRef su_back = SU_INVALID;
+    SUFaceGetFrontMaterial(su_face, &su_front);
+    SUFaceGetBackMaterial(su_face, &su_back);
+    RecordMaterial(su_front, textures.front, ownerId);
+    RecordMaterial(su_back, textures.back, ownerId);
+  }
+}
+
+void Scan::UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager,
+                       std::uint64_t ownerId, bool active) {
+  for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) {
+    ScanElement(su_instance, manager, ownerId, active);
+  }
+  for (const SUGroupRef su_group : GroupsOf(su_entities)) {
+    ScanElement(su_group, manager, ownerId, active);
+  }
+  for (const SUImageRef su_image : ImagesOf(su_entities)) {
+    const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_image);
+    RecordImage(su_image, owner);
+    const SULayerRef su_layer = LayerOf(SUImageToDrawingElement(su_image));
+    if (SUIsValid(su_layer)) {
+      caches.layerDependents[CW::persistent_id(SULayerToEntity(su_layer))].insert(owner);
+    }
+  }
+  ScanFaces(su_entities, &manager, ownerId);
+}
+
+void Scan::CollectMaterials(SUEntitiesRef su_entities, std::uint64_t ownerId) {
+  const auto collect = [&](auto su_element) {
+    const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
+    const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
+    RecordMaterial(MaterialOf(AsDrawingElement(su_element)), textureId, owner);
+    CollectMaterials(EntitiesOf(DefinitionOf(su_element)), owner);
+  };
+  for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) collect(su_instance);
+  for (const SUGroupRef su_group : GroupsOf(su_entities)) collect(su_group);
+  ScanFaces(su_entities, nullptr, ownerId);
+}
+
+void Scan::CollectImages(SUEntitiesRef su_entities, std::uint64_t ownerId) {
+  const auto collect = [&](auto su_element) {
+    const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
+    CollectImages(EntitiesOf(DefinitionOf(su_element)), owner);
+  };
+  for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) collect(su_instance);
+  for (const SUGroupRef su_group : GroupsOf(su_entities)) collect(su_group);
+  for (const SUImageRef su_image : ImagesOf(su_entities)) {
+    RecordImage(su_image, ownerId != 0 ? ownerId : IdOf(su_image));
+  }
+}
+
+// The pixels of a texture that is distorted on its face, or nothing.
+std::shared_ptr<RawTextureData> FetchDistorted(SUTextureWriterRef su_writer,
+                                               SUMaterialRef su_material, std::int32_t textureId) {
+  bool affine = true;
+  if (textureId <= 0 ||
+      SUTextureWriterIsTextureAffine(su_writer, textureId, &affine) != SU_ERROR_NONE || affine) {
+    return nullptr;
+  }
+  SUTextureRef su_texture = SU_INVALID;
+  SUMaterialGetTexture(su_material, &su_texture);
+  auto block = std::make_shared<RawTextureData>();
+  return ReadTextureViaWriter(su_writer, textureId, su_texture, *block) ? block : nullptr;
+}
+
+// Numbers materials by their ids and texture ids, then images by their keys, and lists them.
+void PreExportMaterials(SkpImporter& importer, const Scan& scan,
+                        std::vector<MaterialEntry>& entries) {
+  std::vector<std::tuple<std::uint32_t, std::int32_t, SUMaterialRef>> records;
+  for (const auto& [su_material, textureIds] : scan.materials) {
+    for (const std::int32_t textureId : textureIds) {
+      records.emplace_back(IdOf(su_material), textureId, su_material);
+    }
+  }
+  std::stable_sort(records.begin(), records.end(), [](const auto& a, const auto& b) {
+    return std::tie(std::get<0>(a), std::get<1>(a)) < std::tie(std::get<0>(b), std::get<1>(b));
+  });
+
+  std::uint32_t index = kFirstMaterialIndex;
+  int distorted = 0;
+  for (const auto& [materialId, textureId, su_material] : records) {
+    importer.scene.materialIndex[su_material][textureId] = index;
+    MaterialEntry entry;
+    entry.material = su_material;
+    entry.textureId = textureId;
+    entry.index = index++;
+    entry.prefetched = FetchDistorted(importer.textureWriter, su_material, textureId);
+    if (entry.prefetched) ++distorted;
+    entries.push_back(std::move(entry));
+  }
+  if (distorted > 0) {
+    LogLine("PreExportMaterials: non-affine (distorted) textures=%d", distorted);
+  }
+  for (const auto& [key, su_image] : scan.images) {
+    importer.scene.imageIndex[key] = index;
+    MaterialEntry entry;
+    entry.isImage = true;
+    entry.image = su_image;
+    entry.imageKey = key;
+    entry.index = index++;
+    entries.push_back(entry);
+  }
+}
+
+template <class Element>
+void AddChildren(Element su_element, std::uint64_t ownerId) {
+  const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
+  ReloadCaches::Instance().childrenMap[IdOf(su_definition)].insert(ownerId);
+  const SUEntitiesRef su_entities = EntitiesOf(su_definition);
+  for (const SUComponentInstanceRef su_child : InstancesOf(su_entities)) {
+    AddChildren(su_child, ownerId);
+  }
+  for (const SUGroupRef su_child : GroupsOf(su_entities)) AddChildren(su_child, ownerId);
+}
+
+}  // namespace
+
+bool CollectSceneInfo(SkpImporter& importer, std::vector<MaterialEntry>& entries) {
+  ReloadCaches& caches = ReloadCaches::Instance();
+  EnsureDefaultMaterials(importer);
+  caches.materialDependents.clear();
+  caches.layerDependents.clear();
+  importer.scene.imageIndex.clear();
+
+  Scan scan(importer);
+  const SUEntitiesRef su_root = RootEntitiesOf(importer.model);
+  const double start = NowMs();
+  if (importer.unifiedScan) {
+    caches.childrenMap.clear();
+    importer.pendingLights.clear();
+    InheritanceManager manager(importer.textureWriter);
+    scan.UnifiedScan(su_root, manager, 0, true);
+    caches.childrenMapBuilt = true;
+    LogLine("CollectSceneInfo: %.1f ms (materials=%d, images=%d, lights=%d, definitions=%d)",
+            NowMs() - start, static_cast<int>(scan.materials.size()),
+            static_cast<int>(scan.images.size()), static_cast<int>(importer.pendingLights.size()),
+            static_cast<int>(caches.childrenMap.size()));
+  } else {
+    scan.CollectMaterials(su_root, 0);
+    scan.CollectImages(su_root, 0);
+    LogLine("CollectMaterials: %.1f ms (materials=%d, images=%d)", NowMs() - start,
+            static_cast<int>(scan.materials.size()), static_cast<int>(scan.images.size()));
+  }
+  PreExportMaterials(importer, scan, entries);
+  return true;
+}
+
+void InitChildrenMap(SUModelRef su_model) {
+  ReloadCaches::Instance().childrenMap.clear();
+  const SUEntitiesRef su_root = RootEntitiesOf(su_model);
+  for (const SUComponentInstanceRef su_child : InstancesOf(su_root)) {
+    AddChildren(su_child, IdOf(su_child));
+  }
+  for (const SUGroupRef su_child : GroupsOf(su_root)) AddChildren(su_child, IdOf(su_child));
+}
+
+}  // namespace quellix

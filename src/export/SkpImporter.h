@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <SketchUpAPI/sketchup.h>
+
+#include "cw/Handle.h"
+#include "export/Lights.h"
+#include "export/MaterialEntry.h"
+#include "export/SceneIndex.h"
+#include "geometry/GeometryExport.h"
+#include "link/ExportProgress.h"
+#include "link/IpcInterface.h"
+
+namespace quellix {
+
+// One export of a model: what its phases share, and the driver that runs them. Made by do_import
+// for one call; it is used on the host thread, except that the driver's two workers read and write
+// what is noted below.
+class SkpImporter {
+ public:
+  explicit SkpImporter(IpcInterface& rendererLink);
+  virtual ~SkpImporter();
+  SkpImporter(const SkpImporter&) = delete;
+  SkpImporter& operator=(const SkpImporter&) = delete;
+
+  // Exports the model under that name (UTF-8). `reloadExport` says that the renderer shows it
+  // already, `pbr` that metallic-roughness materials are to be sent as such. Throws what a phase
+  // threw, after everything was joined.
+  void Import(SUModelRef su_modelToExport, const std::string& modelName, bool reloadExport,
+              bool pbr);
+
+  SUModelRef model = SU_INVALID;
+  SUTextureWriterRef textureWriter = SU_INVALID;  // every texture of the export is loaded into it
+  IpcInterface& link;
+  bool reload = false;
+  bool usePbr = false;
+  const bool unifiedScan;
+  ExportProgress progress;
+
+  SceneIndex scene;
+
+  // Materials that the renderer already holds: the scan's, then the material worker's.
+  std::vector<wire::CachedMaterialReference> cachedMaterialRefs;
+
+  // Found by the unified scan, sent after the geometry.
+  std::vector<LightRecord> pendingLights;
+
+  // The geometry worker's.
+  GeometryExport geometry;
+  std::vector<std::uint64_t> cachedGeometryPids;  // owners whose meshes the renderer holds
+
+  // Definitions whose mesh this export has made, by their entities.
+  std::mutex lock;
+  std::map<SUEntitiesRef, std::uint64_t, CW::HandleLess> exportedDefinitions;
+
+ private:
+  bool ExportModel();
+  void ResetDiagnostics();
+  void CollectHiddenLayers();
+  void SendLights();
+  void RunWorkers(const std::vector<MaterialEntry>& entries);
+  void WriteSummary(double start);
+  void SendText(const char* text);
+};
+
+}  // namespace quellix

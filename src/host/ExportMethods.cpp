@@ -1,0 +1,137 @@
+// The export and the upkeep of the reload caches.
+
+#include "host/Methods.h"
+
+#include <stdexcept>
+
+#include "export/ReloadCaches.h"
+#include "export/SceneScan.h"
+#include "export/SkpImporter.h"
+#include "host/Arguments.h"
+#include "host/Guard.h"
+#include "host/Session.h"
+#include "support/ModelName.h"
+#include "support/TimingLog.h"
+
+using quellix::Guarded;
+using quellix::IpcInterface;
+using quellix::ReloadCaches;
+using quellix::Session;
+
+namespace {
+
+SUModelRef ModelFromHandle(std::uint64_t handle) {
+  SUModelRef su_model;
+  su_model.ptr = reinterpret_cast<void*>(static_cast<std::uintptr_t>(handle));
+  return su_model;
+}
+
+// Says while it lives that an export runs.
+class Exporting {
+ public:
+  Exporting() { Session::Instance().SetExporting(true); }
+  ~Exporting() { Session::Instance().SetExporting(false); }
+  Exporting(const Exporting&) = delete;
+  Exporting& operator=(const Exporting&) = delete;
+};
+
+void Import(IpcInterface& link, SUModelRef su_model, const char* path, bool reload, bool usePbr) {
+  // The command in flight, or the export under way, cannot go on before the callback returns.
+  if (Session::Instance().Exporting() || link.WouldHold()) {
+    throw std::runtime_error(
+        "do_import cannot run in a callback that is served during another command; call it after "
+        "the callback has returned");
+  }
+  const Exporting exporting;
+  if (!link.IsAlive()) ReloadCaches::Instance().ClearReloadCache();
+  quellix::SkpImporter importer(link);
+  importer.Import(su_model, quellix::ModelNameOf(path), reload, usePbr);
+}
+
+template <class Operation>
+VALUE OnCaches(Operation operation) {
+  return Guarded([operation] {
+    Session::Instance().ChangeCaches(operation);
+    return Qnil;
+  });
+}
+
+}  // namespace
+
+extern "C" {
+
+VALUE DoImport(VALUE, VALUE model, VALUE path, VALUE reload, VALUE usePbr) {
+  if (Session::Instance().Link() == nullptr) return Qnil;
+  const SUModelRef su_model = ModelFromHandle(quellix::UnsignedValue(model));
+  const char* text = StringValueCStr(path);
+  const bool isReload = reload == Qtrue;
+  const bool pbr = usePbr == Qtrue;
+  const VALUE result = Guarded([su_model, text, isReload, pbr] {
+    if (IpcInterface* link = Session::Instance().Link()) {
+      Import(*link, su_model, text, isReload, pbr);
+    }
+    return Qnil;
+  });
+  RB_GC_GUARD(path);
+  return result;
+}
+
+VALUE _InvalidateMaterialCache(VALUE, VALUE materialId) {
+  const std::uint32_t id = quellix::Unsigned32Value(materialId);
+  return OnCaches([id](ReloadCaches& caches) { caches.InvalidateMaterial(id); });
+}
+
+VALUE _InvalidateLayerCache(VALUE, VALUE layerId) {
+  const std::uint64_t id = quellix::UnsignedValue(layerId);
+  return OnCaches([id](ReloadCaches& caches) { caches.InvalidateLayerCache(id); });
+}
+
+VALUE _InvalidateDefinition(VALUE, VALUE definitionId) {
+  const std::uint32_t id = quellix::Unsigned32Value(definitionId);
+  return OnCaches([id](ReloadCaches& caches) { caches.InvalidateDefinition(id); });
+}
+
+VALUE _InvalidateGeometryCache(VALUE, VALUE ownerId) {
+  const std::uint32_t id = quellix::Unsigned32Value(ownerId);
+  return OnCaches([id](ReloadCaches& caches) { caches.InvalidateGeometryCache(id); });
+}
+
+VALUE _InitChildrenMap(VALUE, VALUE model) {
+  const SUModelRef su_model = ModelFromHandle(quellix::UnsignedValue(model));
+  return OnCaches([su_model](ReloadCaches& caches) {
+    if (caches.childrenMapBuilt) {
+      caches.childrenMapBuilt = false;
+      quellix::LogLine("InitChildrenMap: skipped (built by unified scan, definitions=%d)",
+                       static_cast<int>(caches.childrenMap.size()));
+      return;
+    }
+    const double start = quellix::NowMs();
+    quellix::InitChildrenMap(su_model);
+    quellix::LogLine("InitChildrenMap: %.1f ms (definitions=%d)", quellix::NowMs() - start,
+                     static_cast<int>(caches.childrenMap.size()));
+  });
+}
+
+VALUE _UpdateInstanceTransform(VALUE, VALUE ownerId, VALUE transform) {
+  if (Session::Instance().Link() == nullptr) return Qnil;
+  constexpr long kElements = 16;
+  const std::uint64_t id = quellix::UnsignedValue(ownerId);
+  Check_Type(transform, T_ARRAY);
+  if (RARRAY_LEN(transform) != kElements) return Qnil;
+  float matrix[kElements];
+  for (long i = 0; i < kElements; ++i) matrix[i] = quellix::FloatAt(transform, i);
+  return Guarded([id, &matrix] {
+    if (IpcInterface* link = Session::Instance().Link()) link->UpdateInstanceTransform(id, matrix);
+    return Qnil;
+  });
+}
+
+VALUE _UpdateCacheInfo(VALUE) {
+  return OnCaches([](ReloadCaches& caches) { caches.UpdateCacheInfo(); });
+}
+
+VALUE ClearReloadCache(VALUE) {
+  return OnCaches([](ReloadCaches& caches) { caches.ClearReloadCache(); });
+}
+
+}  // extern "C"

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <exception>
+#include <type_traits>
+
+#include "host/RubyHeaders.h"
+
+namespace quellix {
+
+// Runs `call(context)` so that a Ruby error in it ends here. False when there was one; it is told,
+// under the callback's name, with its class, its message and where it came from.
+bool RunProtected(const char* callback, VALUE (*call)(VALUE context), VALUE context);
+
+// The same for a callable, which may refer to objects of its caller. A Ruby error leaves it without
+// running destructors, so nothing inside it may rely on one. A C++ exception in it passes on to
+// the caller, around the interpreter's frames.
+template <class Call>
+bool ProtectedCall(const char* callback, Call&& call) {
+  struct Context {
+    std::remove_reference_t<Call>& call;
+    std::exception_ptr error;
+  } context{call, nullptr};
+  const bool done = RunProtected(
+      callback,
+      [](VALUE address) -> VALUE {
+        auto& inside = *reinterpret_cast<Context*>(address);
+        try {
+          inside.call();
+        } catch (...) {
+          inside.error = std::current_exception();
+        }
+        return Qnil;
+      },
+      reinterpret_cast<VALUE>(&context));
+  if (context.error) std::rethrow_exception(context.error);
+  return done;
+}
+
+}  // namespace quellix

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "export/ReloadCaches.h"
+#include "host/RubyHeaders.h"
+#include "host/RubyReceiver.h"
+#include "link/IpcInterface.h"
+
+namespace quellix {
+
+// What the methods share for the life of the process: the one link to a renderer, and whether the
+// next camera goes out even to a renderer whose camera is not linked. Host thread only.
+class Session {
+ public:
+  static Session& Instance();
+
+  // The link, or null: before init_renderer, after quit, and once the renderer has quit.
+  IpcInterface* Link() { return closing ? nullptr : ipcInterface.get(); }
+
+  // Replaces the link by a new one whose requests go to that Ruby object. Not in a callback.
+  IpcInterface& Open(VALUE receiver);
+
+  // Closes the renderer and drops the link; in a callback, as soon as the method that it runs under
+  // returns.
+  void Close();
+
+  // True while an export runs on the link.
+  bool Exporting() const { return exporting; }
+  void SetExporting(bool running);
+
+  // Changes the reload caches: now, or, while an export's workers have them, when it has ended.
+  void ChangeCaches(std::function<void(ReloadCaches&)> change);
+
+  bool forceCameraSend = true;
+
+ private:
+  friend class MethodScope;
+
+  void ForgetInterface();
+  void Release();
+  void ReleaseWhenEnded();
+
+  std::unique_ptr<RubyReceiver> rubyReceiver;
+  std::unique_ptr<IpcInterface> ipcInterface;
+  int methodDepth = 0;
+  bool exporting = false;
+  bool closing = false;
+  std::vector<std::function<void(ReloadCaches&)>> cacheChanges;
+};
+
+// Counts the methods that are running, one inside a callback of another; the outermost one's end is
+// where a link that ended can be released.
+class MethodScope {
+ public:
+  MethodScope() { ++Session::Instance().methodDepth; }
+  ~MethodScope();
+  MethodScope(const MethodScope&) = delete;
+  MethodScope& operator=(const MethodScope&) = delete;
+};
+
+}  // namespace quellix
