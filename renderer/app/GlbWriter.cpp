@@ -84,7 +84,8 @@ class Writer {
   }
 
   void AddLights() {
-    for (const Light& light : scene_.Lights()) AddLight(light);
+    std::size_t number = 0;
+    for (const Light& light : scene_.Lights()) AddLight(light, ++number);
     const auto& camera = scene_.Camera();
     if (!camera || Length(camera->towardsSun) <= 0) return;
     const Vector3 sun = camera->towardsSun;
@@ -93,13 +94,16 @@ class Writer {
                  std::move(node));
   }
 
-  void AddLight(const Light& light) {
+  // Readers tell lights apart by their names.
+  void AddLight(const Light& light, std::size_t number) {
+    const std::string name = "light " + std::to_string(number);
     const float power = std::max({light.color[0], light.color[1], light.color[2]});
     if (!(power > 0)) return;
     json color = json::array();
     for (const float channel : light.color)
       color.push_back(ToLinear(std::max(channel, 0.f) / power));
     json object = {{"type", light.isSpot ? "spot" : "point"},
+                   {"name", name},
                    {"color", color},
                    {"intensity", power * kLightReach * kLightReach},
                    {"extras", {{"color", light.color}}}};
@@ -112,7 +116,7 @@ class Writer {
       direction = light.direction;
     }
     AddLightNode(std::move(object),
-                 Node("light", light.position, RotationTowards(direction, {0, 0, 1})));
+                 Node(name.c_str(), light.position, RotationTowards(direction, {0, 0, 1})));
   }
 
   void AddLightNode(json light, json node) {

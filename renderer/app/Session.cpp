@@ -40,9 +40,9 @@ void WorkFor(std::chrono::microseconds span) {
 
 Session::Session(Settings settings)
     : settings_(std::move(settings)),
-      watchdog_(settings_.hostProcess),
       log_(LogFolder(settings_), settings_.bytesLogged),
-      scene_(findings_) {
+      scene_(findings_),
+      watchdog_(settings_.hostProcess) {
   if (!settings_.scriptFile.empty()) script_ = Script::Load(settings_.scriptFile);
   scene_.OnExportEnd([this](std::uint64_t number) {
     event_.exportEnded = number;

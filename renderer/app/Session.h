@@ -61,7 +61,6 @@ class Session {
 
   Settings settings_;
   Findings findings_;
-  Watchdog watchdog_;
   Script script_;
   CommandLog log_;
   Scene scene_;
@@ -78,6 +77,8 @@ class Session {
   bool ended_ = false;
   Clock::time_point opened_;
   Clock::time_point lastCommand_;
+  // Goes first: its thread looks at the channel.
+  Watchdog watchdog_;
 };
 
 }  // namespace kvapp

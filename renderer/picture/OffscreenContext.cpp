@@ -6,11 +6,16 @@
 
 #include <GL/osmesa.h>
 
-// The library keeps a few small objects for the life of the process; the leak checker, when the
-// program is built with it, reads this.
+// The library keeps a few small objects for the life of the process, and hands work to threads in
+// ways that the sanitizers, which did not see it compiled, cannot follow. They read this when the
+// program is built with them.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:libOSMesa\n";
+}
+extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions();
+extern "C" const char* __tsan_default_suppressions() {
+  return "race:libOSMesa\nmutex:libOSMesa\n";
 }
 
 namespace kvpicture {
