@@ -127,7 +127,10 @@ VALUE _UpdateInstanceTransform(VALUE, VALUE ownerId, VALUE transform) {
 }
 
 VALUE _UpdateCacheInfo(VALUE) {
-  return OnCaches([](ReloadCaches& caches) { caches.UpdateCacheInfo(); });
+  return Guarded([] {
+    Session::Instance().UpdateCacheInfo();
+    return Qnil;
+  });
 }
 
 VALUE ClearReloadCache(VALUE) {

@@ -34,12 +34,25 @@ void Session::Close() {
 
 void Session::SetExporting(bool running) {
   exporting = running;
+  if (exporting) {
+    cacheChanges.clear();
+  } else {
+    ApplyCacheChanges();
+  }
+}
+
+void Session::ApplyCacheChanges() {
+  for (const CacheChange& change : cacheChanges) change(ReloadCaches::Instance());
+}
+
+void Session::UpdateCacheInfo() {
+  ChangeCaches([](ReloadCaches& caches) { caches.UpdateCacheInfo(); });
   if (exporting) return;
-  for (const auto& change : cacheChanges) change(ReloadCaches::Instance());
+  ApplyCacheChanges();
   cacheChanges.clear();
 }
 
-void Session::ChangeCaches(std::function<void(ReloadCaches&)> change) {
+void Session::ChangeCaches(CacheChange change) {
   if (exporting) {
     cacheChanges.push_back(std::move(change));
   } else {

@@ -15,6 +15,8 @@ namespace quellix {
 // next camera goes out even to a renderer whose camera is not linked. Host thread only.
 class Session {
  public:
+  using CacheChange = std::function<void(ReloadCaches&)>;
+
   static Session& Instance();
 
   // The link, or null: before init_renderer, after quit, and once the renderer has quit.
@@ -32,13 +34,18 @@ class Session {
   void SetExporting(bool running);
 
   // Changes the reload caches: now, or, while an export's workers have them, when it has ended.
-  void ChangeCaches(std::function<void(ReloadCaches&)> change);
+  void ChangeCaches(CacheChange change);
+
+  // Makes the caches what the last export used. What was reported as changed while it ran still
+  // counts as changed.
+  void UpdateCacheInfo();
 
   bool forceCameraSend = true;
 
  private:
   friend class MethodScope;
 
+  void ApplyCacheChanges();
   void ForgetInterface();
   void Release();
   void ReleaseWhenEnded();
@@ -48,7 +55,7 @@ class Session {
   int methodDepth = 0;
   bool exporting = false;
   bool closing = false;
-  std::vector<std::function<void(ReloadCaches&)>> cacheChanges;
+  std::vector<CacheChange> cacheChanges;  // reported during the export, or the last one
 };
 
 // Counts the methods that are running, one inside a callback of another; the outermost one's end is

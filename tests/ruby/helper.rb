@@ -98,15 +98,26 @@ class LinkTest < Minitest::Test
     Dir.glob("/dev/shm/Qlx_{Mem,Lock}*").map { |path| File.basename(path) }
   end
 
-  # Standard error of the block, native output included.
+  # Two scenes are the same; what differs first is told, not all of both.
+  def assert_same_scene(wanted, found, what = nil)
+    return assert(true) if wanted == found
+    parts = wanted.keys.reject { |key| wanted[key] == found[key] }.map do |key|
+      sides = [wanted[key], found[key]].map { |side| Array(side) }
+      missing, extra = sides[0] - sides[1], sides[1] - sides[0]
+      "#{key}: #{missing.size} missing, #{extra.size} too many, such as #{missing.first.inspect[0, 600]} and #{extra.first.inspect[0, 600]}"
+    end
+    flunk("#{what}: #{parts.join("\n")}")
+  end
+
+  # Standard error of the block, native output included. A renderer that outlives the block goes on
+  # writing there, so it is a file.
   def stderr_of
-    reader, writer = IO.pipe
+    file = File.join(@folder, "stderr")
     saved = $stderr.dup
-    $stderr.reopen(writer)
+    $stderr.reopen(file, "w")
     yield
-    $stderr.reopen(saved)
-    writer.close
-    reader.read
+    $stderr.flush
+    File.read(file)
   ensure
     $stderr.reopen(saved)
   end
