@@ -5,6 +5,8 @@
 #include <set>
 #include <tuple>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "cw/Handle.h"
 #include "export/DefaultMaterials.h"
@@ -37,6 +39,19 @@ SULayerRef LayerOf(SUDrawingElementRef su_element) {
   return su_layer;
 }
 
+// What the faces of one collection show. A definition is placed many times, but its faces are the
+// same each time: they are read once, and every owner that has them depends on all of this.
+struct FacesSummary {
+  std::vector<std::pair<SUMaterialRef, std::int32_t>> materials;  // each pair once
+  std::vector<std::uint64_t> layerIds;                            // each id once
+  bool hasFaceWithoutLayer = false;  // it lies on the layer of what it is in
+};
+
+template <class Value>
+void AddOnce(std::vector<Value>& values, const Value& value) {
+  if (std::find(values.begin(), values.end(), value) == values.end()) values.push_back(value);
+}
+
 // One scan of the model's hierarchy.
 class Scan {
  public:
@@ -60,11 +75,14 @@ class Scan {
                    bool active);
   void ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
                  std::uint64_t ownerId);
+  const FacesSummary& SummaryOf(SUEntitiesRef su_entities);
+  void RecordLayer(std::uint64_t layerId, std::uint64_t ownerId);
   void RecordMaterial(SUMaterialRef su_material, std::int32_t textureId, std::uint64_t ownerId);
   void RecordImage(SUImageRef su_image, std::uint64_t ownerId);
 
   SkpImporter& importer;
   ReloadCaches& caches = ReloadCaches::Instance();
+  std::map<SUEntitiesRef, FacesSummary, CW::HandleLess> summaries;
 };
 
 void Scan::RecordMaterial(SUMaterialRef su_material, std::int32_t textureId,
@@ -104,26 +122,51 @@ void Scan::ScanElement(Element su_element, InheritanceManager& manager, std::uin
   UnifiedScan(EntitiesOf(su_definition), manager, owner, visible);
 }
 
-void Scan::ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
-                     std::uint64_t ownerId) {
-  SULayerRef su_recorded = SU_INVALID;
+const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
+  const auto [entry, isNew] = summaries.try_emplace(su_entities);
+  FacesSummary& summary = entry->second;
+  if (!isNew) return summary;
+  using Painted = std::pair<SUMaterialRef, std::int32_t>;
+  const auto before = [](const Painted& a, const Painted& b) {
+    return std::tie(a.first.ptr, a.second) < std::tie(b.first.ptr, b.second);
+  };
+  std::set<Painted, decltype(before)> painted(before);
+  SULayerRef su_previous = SU_INVALID;
   for (const SUFaceRef su_face : FacesOf(su_entities)) {
-    if (manager != nullptr) {
-      SULayerRef su_layer = LayerOf(SUFaceToDrawingElement(su_face));
-      if (SUIsInvalid(su_layer)) su_layer = manager->CurrentLayer();
-      if (SUIsValid(su_layer) && !SUAreEqual(su_layer, su_recorded)) {
-        su_recorded = su_layer;
-        caches.layerDependents[CW::persistent_id(SULayerToEntity(su_layer))].insert(ownerId);
-      }
+    const SULayerRef su_layer = LayerOf(SUFaceToDrawingElement(su_face));
+    if (SUIsInvalid(su_layer)) {
+      summary.hasFaceWithoutLayer = true;
+    } else if (!SUAreEqual(su_layer, su_previous)) {
+      su_previous = su_layer;
+      AddOnce(summary.layerIds, CW::persistent_id(SULayerToEntity(su_layer)));
     }
     const FaceTextures textures = LoadFaceTextures(importer.textureWriter, su_face);
     SUMaterialRef su_front = SU_INVALID;
     SUMaterialRef su_back = SU_INVALID;
     SUFaceGetFrontMaterial(su_face, &su_front);
     SUFaceGetBackMaterial(su_face, &su_back);
-    RecordMaterial(su_front, textures.front, ownerId);
-    RecordMaterial(su_back, textures.back, ownerId);
+    if (SUIsValid(su_front)) painted.emplace(su_front, textures.front);
+    if (SUIsValid(su_back)) painted.emplace(su_back, textures.back);
   }
+  summary.materials.assign(painted.begin(), painted.end());
+  return summary;
+}
+
+void Scan::RecordLayer(std::uint64_t layerId, std::uint64_t ownerId) {
+  caches.layerDependents[layerId].insert(ownerId);
+}
+
+void Scan::ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
+                     std::uint64_t ownerId) {
+  const FacesSummary& summary = SummaryOf(su_entities);
+  for (const auto& [su_material, textureId] : summary.materials) {
+    RecordMaterial(su_material, textureId, ownerId);
+  }
+  if (manager == nullptr) return;
+  for (const std::uint64_t layerId : summary.layerIds) RecordLayer(layerId, ownerId);
+  if (!summary.hasFaceWithoutLayer) return;
+  const SULayerRef su_layer = manager->CurrentLayer();
+  if (SUIsValid(su_layer)) RecordLayer(CW::persistent_id(SULayerToEntity(su_layer)), ownerId);
 }
 
 void Scan::UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager,
@@ -138,9 +181,7 @@ void Scan::UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager,
     const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_image);
     RecordImage(su_image, owner);
     const SULayerRef su_layer = LayerOf(SUImageToDrawingElement(su_image));
-    if (SUIsValid(su_layer)) {
-      caches.layerDependents[CW::persistent_id(SULayerToEntity(su_layer))].insert(owner);
-    }
+    if (SUIsValid(su_layer)) RecordLayer(CW::persistent_id(SULayerToEntity(su_layer)), owner);
   }
   ScanFaces(su_entities, &manager, ownerId);
 }
