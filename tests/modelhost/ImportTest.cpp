@@ -6,7 +6,9 @@
 
 // assimp loses some memory of files that it refuses; what is ours is still looked at.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
-const char* __lsan_default_suppressions() { return "leak:libassimp\n"; }
+const char* __lsan_default_suppressions() {
+  return "leak:libassimp\n";
+}
 
 namespace {
 

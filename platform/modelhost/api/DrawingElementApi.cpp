@@ -23,7 +23,7 @@ SUResult SUDrawingElementGetBoundingBox(SUDrawingElementRef element, SUBoundingB
 
 SUResult SUDrawingElementGetMaterial(SUDrawingElementRef element, SUMaterialRef* material) {
   MODELHOST_CALL(SUDrawingElementGetMaterial);
-  return giveRef(element, material, [](const DrawingElement& e) { return e.material; });
+  return giveRef(element, material, [](const DrawingElement& e) { return e.material.get(); });
 }
 
 SUResult SUDrawingElementSetMaterial(SUDrawingElementRef element, SUMaterialRef material) {
@@ -42,7 +42,7 @@ SUResult SUDrawingElementSetMaterial(SUDrawingElementRef element, SUMaterialRef 
 
 SUResult SUDrawingElementGetLayer(SUDrawingElementRef element, SULayerRef* layer) {
   MODELHOST_CALL(SUDrawingElementGetLayer);
-  return giveRef(element, layer, [](const DrawingElement& e) { return e.layer; });
+  return giveRef(element, layer, [](const DrawingElement& e) { return e.shownLayer(); });
 }
 
 SUResult SUDrawingElementSetLayer(SUDrawingElementRef element, SULayerRef layer) {

@@ -55,7 +55,7 @@ SUResult SULayerSetVisibility(SULayerRef layer, bool visible) {
 
 SUResult SULayerGetMaterial(SULayerRef layer, SUMaterialRef* material) {
   MODELHOST_CALL(SULayerGetMaterial);
-  return giveRef(layer, material, [](const Layer& l) { return l.material; });
+  return giveRef(layer, material, [](const Layer& l) { return l.material.get(); });
 }
 
 SUResult SULayerGetParentLayerFolder(SULayerRef layer, SULayerFolderRef* folder) {

@@ -98,6 +98,21 @@ Ref refOf(const Object* object) noexcept {
   return Ref{object != nullptr ? object->handle() : nullptr};
 }
 
+// A thing that may be released under the one that refers to it: then it reads as none.
+template <class Ref>
+class Link {
+ public:
+  using Type = typename RefTraits<Ref>::Type;
+
+  Link() = default;
+  Link(const Type* to) : ref_(refOf<Ref>(to)) {}
+  Link(Ref ref) : ref_(ref) {}
+  Type* get() const { return find(ref_); }
+
+ private:
+  Ref ref_ = SU_INVALID;
+};
+
 // The same handle as another kind; null when the object is not of that kind.
 template <class To, class From>
 To convert(From ref) noexcept {

@@ -60,7 +60,10 @@ std::string read(const std::string& path, SUModelRef ref) {
 
 LoadResult loadFile(const std::string& path) {
   LoadResult result;
-  SUModelCreate(&result.model);
+  if (SUModelCreate(&result.model) != SU_ERROR_NONE) {
+    result.message = path + ": no model can be made";
+    return result;
+  }
   try {
     result.message = read(path, result.model);
     return result;

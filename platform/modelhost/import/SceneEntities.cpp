@@ -143,8 +143,9 @@ void readImage(SceneContext& context, const SceneNode& node, SUEntitiesRef entit
     ScenePicture picture = readScenePicture(node.at("image"), context.folder);
     ImageRep rep;
     rep.pixels = std::make_shared<Pixels>(std::move(picture.pixels));
-    SUImageCreateFromImageRep(&image, refOf<SUImageRepRef>(&rep));
-    SUImageGetDefinition(image, &definition);
+    expect(SUImageCreateFromImageRep(&image, refOf<SUImageRepRef>(&rep)), node,
+           "no image can be made");
+    expect(SUImageGetDefinition(image, &definition), node, "no image can be made");
     find(definition)->fileName = picture.fileName;
     if (const auto as = node.get("as")) context.pictures[as->text()] = definition;
   }

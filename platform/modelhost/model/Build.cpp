@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/Layer.h"
 #include "model/Material.h"
 
 namespace modelhost {
@@ -118,7 +119,7 @@ void buildFace(Entities& entities, const GeometryInput::FaceInput& input, SUPlan
   }
   Face& face = entities.addFace(std::move(loops), plane);
   face.hidden = input.hidden;
-  if (input.layer != nullptr) face.layer = input.layer;
+  face.layer = input.layer;
   if (input.front) paintSide(face, true, *input.front, points);
   if (input.back) paintSide(face, false, *input.back, points);
 }
@@ -162,8 +163,8 @@ SUResult fill(Entities& entities, const GeometryInput& input, bool weld) {
     edge.hidden = edgeInput.flags.hidden;
     edge.soft = edgeInput.flags.soft;
     edge.smooth = edgeInput.flags.smooth;
-    if (edgeInput.flags.material != nullptr) edge.material = edgeInput.flags.material;
-    if (edgeInput.flags.layer != nullptr) edge.layer = edgeInput.flags.layer;
+    if (edgeInput.flags.material.get() != nullptr) edge.material = edgeInput.flags.material;
+    if (edgeInput.flags.layer.get() != nullptr) edge.layer = edgeInput.flags.layer;
   }
   return SU_ERROR_NONE;
 }

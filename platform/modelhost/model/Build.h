@@ -37,7 +37,7 @@ class GeometryInput : public Object {
     std::vector<std::unique_ptr<LoopInput>> inner;
     std::optional<SUMaterialInput> front;
     std::optional<SUMaterialInput> back;
-    Layer* layer = nullptr;
+    Link<SULayerRef> layer;
     bool hidden = false;
     bool reversed = false;
   };

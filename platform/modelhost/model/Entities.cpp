@@ -79,8 +79,8 @@ void Entities::addLoop(Face& face, LoopSpec spec) {
     edge.hidden = edge.hidden || flags.hidden;
     edge.soft = edge.soft || flags.soft;
     edge.smooth = edge.smooth || flags.smooth;
-    if (flags.material != nullptr) edge.material = flags.material;
-    if (flags.layer != nullptr) edge.layer = flags.layer;
+    if (flags.material.get() != nullptr) edge.material = flags.material;
+    if (flags.layer.get() != nullptr) edge.layer = flags.layer;
     if (std::find(edge.faces.begin(), edge.faces.end(), &face) == edge.faces.end()) {
       edge.faces.push_back(&face);
     }

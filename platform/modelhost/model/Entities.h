@@ -19,8 +19,8 @@ struct LoopSpec {
     bool hidden = false;
     bool soft = false;
     bool smooth = false;
-    Material* material = nullptr;
-    Layer* layer = nullptr;
+    Link<SUMaterialRef> material;
+    Link<SULayerRef> layer;
   };
   std::vector<Vertex*> vertices;
   // As many as vertices; flag i is of the edge from vertex i to the next.

@@ -33,6 +33,11 @@ void Entity::addDictionary(std::unique_ptr<Dictionary> dictionary) {
   dictionaries_->push_back(std::move(dictionary));
 }
 
+Layer* DrawingElement::shownLayer() const {
+  Layer* own = layer.get();
+  return own == nullptr && model() != nullptr ? &model()->defaultLayer() : own;
+}
+
 const Value* Dictionary::find(const std::string& key) const {
   const auto at =
       std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.first == key; });

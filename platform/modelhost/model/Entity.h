@@ -61,10 +61,12 @@ class Dictionary : public Entity {
 // What can be drawn: it has a material, a layer and switches of its own.
 class DrawingElement : public Entity {
  public:
+  // The first layer of the model where none is set, or none is left; null outside a model.
+  Layer* shownLayer() const;
+
   // Of a face, that of its front.
-  Material* material = nullptr;
-  // Null until the element is part of a model.
-  Layer* layer = nullptr;
+  Link<SUMaterialRef> material;
+  Link<SULayerRef> layer;
   // The entities it is among; null while it belongs to its maker, and for definitions.
   Entities* parent = nullptr;
   bool hidden = false;

@@ -14,7 +14,7 @@ class Layer : public Entity {
   std::string name;
   bool visible = true;
   LayerFolder* folder = nullptr;
-  Material* material = nullptr;
+  Link<SUMaterialRef> material;
 };
 
 class LayerFolder : public Entity {

@@ -60,10 +60,6 @@ void Model::adopt(Entity& entity) {
     entity.persistentId_ = nextPersistentId_++;
   }
   for (const auto& dictionary : entity.dictionaries()) adopt(*dictionary);
-  if ((kDrawingElementKinds & bitOf(entity.kind())) != 0) {
-    auto& element = static_cast<DrawingElement&>(entity);
-    if (element.layer == nullptr) element.layer = layers_.front().get();
-  }
   if (entity.kind() == Kind::Definition) {
     static_cast<Definition&>(entity).entities->attach(*this);
   } else if (entity.kind() == Kind::Group || entity.kind() == Kind::Image) {
@@ -137,61 +133,13 @@ void Model::rename(Definition& definition, const std::string& to) {
   definitionsByName_.emplace(definition.name, &definition);
 }
 
-template <class F>
-void Model::forEachEntities(F f) {
-  std::vector<Entities*> open{root_.get()};
-  std::unordered_set<const Entities*> seen;
-  for (const auto& definition : definitions_) open.push_back(definition->entities.get());
-  while (!open.empty()) {
-    Entities* entities = open.back();
-    open.pop_back();
-    if (!seen.insert(entities).second) continue;
-    f(*entities);
-    for (const auto& group : entities->groups()) {
-      open.push_back(group->definition()->entities.get());
-    }
-  }
-}
-
 void Model::remove(Material& material) {
-  const auto forget = [&](DrawingElement& element) {
-    if (element.material == &material) element.material = nullptr;
-  };
-  forEachEntities([&](Entities& entities) {
-    for (const auto& face : entities.faces()) {
-      for (const bool front : {true, false}) {
-        if (face->sideMaterial(front) == &material) face->paint(front, nullptr);
-      }
-    }
-    for (const auto& edge : entities.edges()) forget(*edge);
-    for (const auto* list : {&entities.instances(), &entities.groups(), &entities.images()}) {
-      for (const auto& instance : *list) forget(*instance);
-    }
-  });
-  for (const auto& definition : definitions_) forget(*definition);
-  for (const auto& layer : layers_) {
-    if (layer->material == &material) layer->material = nullptr;
-  }
   materialsByName_.erase(material.name);
   eraseFrom(materials_, material);
 }
 
 bool Model::remove(Layer& layer) {
   if (&layer == &defaultLayer()) return false;
-  const auto move = [&](DrawingElement& element) {
-    if (element.layer == &layer) element.layer = &defaultLayer();
-  };
-  forEachEntities([&](Entities& entities) {
-    for (const auto& face : entities.faces()) move(*face);
-    for (const auto& edge : entities.edges()) move(*edge);
-    for (const auto* list : {&entities.instances(), &entities.groups(), &entities.images()}) {
-      for (const auto& instance : *list) {
-        move(*instance);
-        move(*instance->definition());
-      }
-    }
-  });
-  for (const auto& definition : definitions_) move(*definition);
   if (layer.folder != nullptr) std::erase(layer.folder->layers, &layer);
   layersByName_.erase(layer.name);
   eraseFrom(layers_, layer);

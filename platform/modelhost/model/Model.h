@@ -53,7 +53,7 @@ class Model : public Object {
   bool rename(Material& material, const std::string& to);
   bool rename(Layer& layer, const std::string& to);
   void rename(Definition& definition, const std::string& to);
-  // Take things out of the model: what used them gets none, the first layer, or goes.
+  // Take things out of the model: what used them has none, is on the first layer, or goes.
   void remove(Material& material);
   bool remove(Layer& layer);
   void remove(Definition& definition);
@@ -80,10 +80,6 @@ class Model : public Object {
   std::optional<Camera> camera;
 
  private:
-  // Calls f(Entities&) for the root and the inside of every definition, group and image.
-  template <class F>
-  void forEachEntities(F f);
-
   std::vector<std::unique_ptr<Material>> materials_;
   std::vector<std::unique_ptr<Layer>> layers_;
   std::vector<std::unique_ptr<LayerFolder>> folders_;

@@ -102,8 +102,8 @@ long TextureWriter::loadAffine(const Material& material) {
 }
 
 long TextureWriter::load(const DrawingElement& element) {
-  return element.material != nullptr && element.material->texture ? loadAffine(*element.material)
-                                                                  : 0;
+  const Material* material = element.material.get();
+  return material != nullptr && material->texture ? loadAffine(*material) : 0;
 }
 
 long TextureWriter::load(const Face& face, bool front) {

@@ -2,6 +2,7 @@
 
 #include "model/Components.h"
 #include "model/Entities.h"
+#include "model/Material.h"
 
 namespace modelhost {
 
@@ -16,6 +17,15 @@ std::vector<SUPoint3D> Loop::points() const {
   points.reserve(vertices.size());
   for (const Vertex* vertex : vertices) points.push_back(vertex->position);
   return points;
+}
+
+Material* Face::sideMaterial(bool front) const {
+  return (front ? material : backMaterial).get();
+}
+
+const UvMapping* Face::sideMapping(bool front) const {
+  if (sideMaterial(front) == nullptr) return nullptr;
+  return (front ? frontMapping : backMapping).get();
 }
 
 void Face::paint(bool front, Material* with, std::optional<UvMapping> mapping) {

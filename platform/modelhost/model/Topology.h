@@ -1,6 +1,8 @@
 // Vertices, edges, loops and faces. Edges and vertices are shared by all that touch them.
 #pragma once
 
+#include <SketchUpAPI/color.h>
+
 #include <memory>
 #include <optional>
 #include <vector>
@@ -8,8 +10,6 @@
 #include "model/Entity.h"
 #include "model/Geometry.h"
 #include "model/UvMapping.h"
-
-#include <SketchUpAPI/color.h>
 
 namespace modelhost {
 
@@ -53,10 +53,9 @@ class Face : public DrawingElement {
   ~Face() override;
 
   SUVector3D normal() const { return normalOf(plane); }
-  Material* sideMaterial(bool front) const { return front ? material : backMaterial; }
-  const UvMapping* sideMapping(bool front) const {
-    return (front ? frontMapping : backMapping).get();
-  }
+  Material* sideMaterial(bool front) const;
+  // How the side's own material lies; null when it lies as it does by default, or there is none.
+  const UvMapping* sideMapping(bool front) const;
   // Paints one side; without a mapping the texture lies as it does by default.
   void paint(bool front, Material* with, std::optional<UvMapping> mapping = std::nullopt);
   // The normal as seen by someone who looks at that side.
@@ -67,7 +66,7 @@ class Face : public DrawingElement {
   std::vector<std::unique_ptr<Loop>> loops;
   // Outlines cut out by components glued to the face.
   std::vector<std::vector<SUPoint3D>> openings;
-  Material* backMaterial = nullptr;
+  Link<SUMaterialRef> backMaterial;
   std::unique_ptr<UvMapping> frontMapping;
   std::unique_ptr<UvMapping> backMapping;
   // Holds vertices and edges of a face that still belongs to its maker.
