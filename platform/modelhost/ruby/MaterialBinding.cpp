@@ -104,7 +104,8 @@ TileSize tileFrom(VALUE value) {
   return tile;
 }
 
-// A path, [path, width, height], {file: path, size: [w, h]}, pixels as above, or nil for none.
+// A path, [path, width, height], {file: path, size: [w, h]}, pixels as above, or nil for none. Both
+// kinds of hash take use_alpha: whether the alpha of its pixels counts.
 SUTextureRef textureFrom(VALUE value) {
   if (NIL_P(value)) return SU_INVALID;
   VALUE file = value;
@@ -135,6 +136,9 @@ SUTextureRef textureFrom(VALUE value) {
                            1 / static_cast<double>(height));
   }
   if (tile.width > 0) SUTextureSetDimensions(texture, 1 / tile.width, 1 / tile.height);
+  if (RB_TYPE_P(value, T_HASH) && !NIL_P(fetch(value, "use_alpha"))) {
+    modelhost_texture_set_use_alpha(texture, RTEST(fetch(value, "use_alpha")));
+  }
   return texture;
 }
 
