@@ -16,16 +16,20 @@ fail() {
 
 step() { printf 'setup: %s\n' "$1"; }
 
+# What a log says of a failure: its first complaint, or else its last line.
+complaint() { # file
+  grep -m 1 -iE '(error|not found|failed|cannot|unable)' "$1" || tail -n 1 "$1"
+}
+
 # Runs a command with its output in a log file; a failure ends in one sentence that names the file.
 quietly() { # name, command...
   local name=$1
   shift
-  "$@" >"$log/$name.log" 2>&1 ||
-    fail "$name failed; the last line of its log $log/$name.log reads: $(tail -n 1 "$log/$name.log")"
+  "$@" >"$log/$name.log" 2>&1 || fail "$name failed; its log $log/$name.log says: $(complaint "$log/$name.log")"
 }
 
 packages=(
-  g++ cmake make pkg-config dpkg-dev
+  g++ cmake make pkg-config dpkg-dev autoconf
   libboost1.81-dev libwxgtk3.2-dev libglm-dev
   nlohmann-json3-dev libcli11-dev libassimp-dev libtinygltf-dev libpng-dev libstb-dev
   libglu1-mesa-dev libosmesa6-dev
@@ -90,7 +94,7 @@ fetch_source() { # package, folder
       return 0
     fi
   done
-  fail "no version of the source package $1 could be fetched; the last line of its log $log/fetch-$1.log reads: $(tail -n 1 "$log/fetch-$1.log")"
+  fail "no version of the source package $1 could be fetched; its log $log/fetch-$1.log says: $(complaint "$log/fetch-$1.log")"
 }
 
 install_ruby() {
