@@ -18,8 +18,12 @@ SAMPLE = File.join(__dir__, "house.json")
 SUN = [0.45, -0.65, 0.75].freeze
 
 $LOAD_PATH.unshift(EXTENSION_DIR, MODELHOST_DIR)
-require "modelhost"
-require "Quellix"
+begin
+  require "modelhost"
+  require "Quellix"
+rescue LoadError => e
+  abort "live_link: #{e.message.lines.first.chomp}; is the project built?"
+end
 
 # What a plug-in answers when the renderer asks. A real one asks its host; this one keeps little.
 class PluginCallbacks
