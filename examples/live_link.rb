@@ -107,7 +107,7 @@ link.quit
 
 report_file = File.join(OUT_DIR, "report.json")
 abort "live_link: the renderer wrote no report to #{OUT_DIR}" unless File.exist?(report_file)
-report = JSON.parse(File.read(report_file))
+report = JSON.parse(File.read(report_file, encoding: "UTF-8"))
 print_report(report, seconds)
 abort "live_link: the renderer drew no picture" unless File.exist?(File.join(OUT_DIR, "picture.png"))
 exit report["faults"].empty?
