@@ -3,7 +3,6 @@
 #include "export/ImageExport.h"
 #include "export/Lists.h"
 #include "export/ReloadCaches.h"
-#include "geometry/FaceExporter.h"
 
 namespace quellix {
 
@@ -44,10 +43,12 @@ void GeometryWalk::ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceM
   if (caches.TryUseCachedGeometry(0, importer.reload, importer.cachedGeometryPids)) return;
   InheritanceManager own(manager);
   own.ResetTransforms();
+  const MeshPlacement placement;
   MeshBuffer mesh;
+  importer.geometry.OpenMesh(placement);
   ExportImages(su_root, true, importer.scene, own, mesh);
   ExportFaces({su_root, &own, &mesh, SU_INVALID});
-  importer.geometry.CloseMesh(mesh, MeshPlacement{});
+  importer.geometry.CloseMesh(mesh, placement);
   {
     const std::lock_guard<std::mutex> guard(importer.lock);
     importer.exportedDefinitions[su_root] = 0;
@@ -85,6 +86,7 @@ void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t
   own.ResetTransforms();
   MeshBuffer mesh;
   IterateParams content{params.entities, &own, &mesh, params.definition};
+  importer.geometry.OpenMesh(placement);
   CollectContent(content);
   importer.geometry.CloseMesh(mesh, placement);
   {
@@ -114,13 +116,13 @@ void GeometryWalk::ExportFaces(const IterateParams& params) {
                                    kDefaultFrontIndex,
                                    kDefaultBackIndex,
                                    ReloadCaches::Instance().layerDependents,
-                                   importer.geometry.facesDone};
+                                   importer.geometry.FacesDone()};
   const bool atRoot = SUIsInvalid(params.definition);
-  ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs,
-                      [&](SUFaceRef su_face, const FaceContext& context) {
-                        ExportFaceSerial(importer.geometry.collector, su_face, context,
-                                         *params.output);
-                      });
+  importer.geometry.ExportFaces(
+      [&](const FaceSink& sink) {
+        ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs, sink);
+      },
+      *params.output);
 }
 
 void GeometryWalk::SecondPass() {

@@ -5,6 +5,7 @@
 
 #include "cw/Layer.h"
 #include "cw/Model.h"
+#include "export/ContainsImages.h"
 #include "export/GeometryWalk.h"
 #include "export/LayerVisibility.h"
 #include "export/Lists.h"
@@ -12,11 +13,13 @@
 #include "export/SceneScan.h"
 #include "export/WorkerThreads.h"
 #include "geometry/GeometryTimings.h"
+#include "geometry/TessValidation.h"
 #include "link/IpcDigest.h"
 #include "link/IpcStats.h"
 #include "support/Gates.h"
 #include "support/Platform.h"
 #include "support/Switches.h"
+#include "support/ThreadName.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -40,11 +43,11 @@ std::string Translated(const char* text) {
 
 }  // namespace
 
-SkpImporter::SkpImporter(IpcInterface& rendererLink)
+SkpImporter::SkpImporter(IpcInterface& rendererLink, unsigned geometryThreads)
     : link(rendererLink),
       unifiedScan(UnifiedScanEnabled()),
       progress(rendererLink),
-      geometry(rendererLink, progress) {}
+      geometry(rendererLink, progress, geometryThreads) {}
 
 SkpImporter::~SkpImporter() {
   if (SUIsValid(textureWriter)) SUTextureWriterRelease(&textureWriter);
@@ -80,6 +83,7 @@ bool SkpImporter::ExportModel() {
   SendLights();
   WriteSummary(start);
   DigestDump(reload);
+  WriteValidationSummary(reload);
 
   SendText("");
   link.SetProgress(0.0f);
@@ -88,6 +92,7 @@ bool SkpImporter::ExportModel() {
 
 void SkpImporter::ResetDiagnostics() {
   DigestReset();
+  ResetValidation();
   geometry.collector.Clear();
   if (!PerfLogEnabled()) return;
   StatsReset();
@@ -106,15 +111,18 @@ void SkpImporter::CollectHiddenLayers() {
 void SkpImporter::RunWorkers(const std::vector<MaterialEntry>& entries) {
   WorkerThreads workers;
   workers.Start([this, &entries] {
+    NameThreadOnce("thMat");
     const double start = NowMs();
     ExportMaterials(*this, entries);
     LogLine("thMat ExportMaterials: %.1f ms", NowMs() - start);
   });
   workers.Start([this] {
+    NameThreadOnce("thGeo");
     const double start = NowMs();
     GeometryWalk walk(*this);
     geometry.Run(RootEntitiesOf(model), reload,
-                 {[&walk] { walk.FirstPass(); }, [&walk] { walk.SecondPass(); }},
+                 {[&walk] { walk.FirstPass(); }, [&walk] { walk.SecondPass(); },
+                  [this] { return ContainsImages(RootEntitiesOf(model)); }},
                  cachedGeometryPids);
     LogLine("thGeo ExportGeometry: %.1f ms", NowMs() - start);
   });

@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <SketchUpAPI/sketchup.h>
@@ -15,6 +16,7 @@
 #include "geometry/GeometryExport.h"
 #include "link/ExportProgress.h"
 #include "link/IpcInterface.h"
+#include "support/WorkerPool.h"
 
 namespace quellix {
 
@@ -23,7 +25,9 @@ namespace quellix {
 // what is noted below.
 class SkpImporter {
  public:
-  explicit SkpImporter(IpcInterface& rendererLink);
+  // `geometryThreads`: how many pool threads make meshes, in the paths that have a pool.
+  explicit SkpImporter(IpcInterface& rendererLink,
+                       unsigned geometryThreads = WorkerCount(std::thread::hardware_concurrency()));
   virtual ~SkpImporter();
   SkpImporter(const SkpImporter&) = delete;
   SkpImporter& operator=(const SkpImporter&) = delete;

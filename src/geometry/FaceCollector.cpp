@@ -52,8 +52,8 @@ std::vector<Point> ReadOpening(SUOpeningRef su_opening) {
 }  // namespace
 
 void FaceCollector::Clear() {
-  faceIndexes.clear();
-  edgeIndexes.clear();
+  faceIndexes.Clear();
+  edgeIndexes.Clear();
   faces.Clear();
   edges.Clear();
   manyFaces.clear();
@@ -63,16 +63,19 @@ void FaceCollector::Clear() {
 
 std::uint32_t FaceCollector::FaceIndex(SUFaceRef su_face) {
   const auto next = static_cast<std::uint32_t>(faces.size());
-  const auto [it, isNew] = faceIndexes.try_emplace(HandleKey(su_face), next);
-  if (isNew) faces.Append().su_face = su_face;
-  return it->second;
+  const std::uint32_t index = faceIndexes.FindOrInsert(
+      HandleKey(su_face), next, [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
+  if (index == next) faces.Append().su_face = su_face;
+  return index;
 }
 
 std::uint32_t FaceCollector::EdgeIndex(SUEdgeRef su_edge) {
   const auto next = static_cast<std::uint32_t>(edges.size());
-  const auto [it, isNew] = edgeIndexes.try_emplace(HandleKey(su_edge), next);
-  if (isNew) edges.Append();
-  return it->second;
+  const std::uint64_t key = HandleKey(su_edge);
+  const std::uint32_t index =
+      edgeIndexes.FindOrInsert(key, next, [this](std::uint32_t i) { return edges[i].key; });
+  if (index == next) edges.Append().key = key;
+  return index;
 }
 
 const FaceData& FaceCollector::CollectFaceData(SUFaceRef su_face) {
@@ -114,8 +117,11 @@ bool FaceCollector::ReadFace(FaceData& data) {
 bool FaceCollector::ReadLoops(SUFaceRef su_face) {
   const auto read = [this](SULoopRef su_loop) {
     if (loopsRead == loopScratch.size()) loopScratch.emplace_back();
+    const LoopData& loop = loopScratch[loopsRead];
     if (!ReadLoop(su_loop, loopScratch[loopsRead])) return false;
     ++loopsRead;
+    // They are looked up once the host has told the rest of the face.
+    for (const SUEdgeRef su_edge : loop.edges) edgeIndexes.Prefetch(HandleKey(su_edge));
     return true;
   };
   loopsRead = 0;
@@ -216,8 +222,8 @@ bool FaceCollector::GatherFacePoints(std::uint32_t face, std::vector<Point>& poi
 }
 
 std::uint32_t FaceCollector::FindFace(SUFaceRef su_face) const {
-  const auto it = faceIndexes.find(HandleKey(su_face));
-  return it == faceIndexes.end() ? kNone : it->second;
+  return faceIndexes.Find(HandleKey(su_face),
+                          [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
 }
 
 const FaceData* FaceCollector::FindFaceData(SUFaceRef su_face) const {

@@ -5,12 +5,11 @@
 #include <span>
 #include <vector>
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <SketchUpAPI/sketchup.h>
 
 #include "geometry/BlockList.h"
 #include "geometry/FaceData.h"
-#include "geometry/HandleKey.h"
+#include "geometry/HandleIndex.h"
 #include "geometry/SmoothFans.h"
 
 namespace quellix {
@@ -65,6 +64,7 @@ class FaceCollector {
   // A smooth edge's faces stand here when there are one or two of them, else in `manyFaces` from
   // index faces[0] on.
   struct EdgeData {
+    std::uint64_t key = 0;
     std::uint32_t faceCount : 30 = 0;
     std::uint32_t read : 1 = 0;
     std::uint32_t smooth : 1 = 0;
@@ -80,8 +80,8 @@ class FaceCollector {
   void ReadEdges(std::uint32_t face);
   void ReadEdge(EdgeData& edge, SUEdgeRef su_edge, std::uint32_t face);
 
-  boost::unordered_flat_map<std::uint64_t, std::uint32_t, HandleHash> faceIndexes;
-  boost::unordered_flat_map<std::uint64_t, std::uint32_t, HandleHash> edgeIndexes;
+  HandleIndex faceIndexes;
+  HandleIndex edgeIndexes;
   BlockList<FaceData> faces;
   BlockList<EdgeData> edges;
   std::vector<std::uint32_t> manyFaces;

@@ -1,50 +1,86 @@
 #include "geometry/GeometryExport.h"
 
-#include <glm/gtc/type_ptr.hpp>
-
+#include "geometry/FaceExporter.h"
+#include "geometry/ParallelFaces.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
 
 bool GeometryExport::Run(SUEntitiesRef su_root, bool reload, const GeometryWalks& walks,
                          std::vector<std::uint64_t>& cachedOwners) {
+  struct EndOnExit {
+    GeometryExport& geometry;
+    ~EndOnExit() { geometry.EndPath(); }
+  };
+  const EndOnExit end{*this};
   faceCounts.clear();
-  totalFaces = 0;
+  sender.totalFaces = 0;
+  sender.facesDone = 0;
   geometryPass = 0;
-  facesDone = 0;
+  StartPath(walks.containsImages);
   if (!reload) {
     const double start = NowMs();
-    totalFaces = CountPolygons(su_root, faceCounts);
-    LogLine("CountPolygons: %.1f ms (faces=%ld)", NowMs() - start, static_cast<long>(totalFaces));
+    sender.totalFaces = CountPolygons(su_root, faceCounts);
+    LogLine("CountPolygons: %.1f ms (faces=%ld)", NowMs() - start,
+            static_cast<long>(sender.totalFaces));
   }
   walks.firstPass();
   geometryPass = 1;
   walks.secondPass();
+  if (pipeline) pipeline->Finish();
   link.InstanciateMeshBatch(cachedOwners);
   cachedOwners.clear();
   return true;
 }
 
-void GeometryExport::CloseMesh(const MeshBuffer& mesh, const MeshPlacement& placement) {
-  if (mesh.vertices.empty() || mesh.triangles.empty()) return;
-  link.AppendMesh(placement.meshId, glm::value_ptr(placement.transform),
-                  static_cast<std::uint32_t>(mesh.vertices.size()),
-                  glm::value_ptr(mesh.vertices.front().position),
-                  static_cast<std::uint32_t>(mesh.triangles.size() / kTriangleWords),
-                  mesh.triangles.data(), static_cast<std::uint8_t>(geometryPass),
-                  placement.manifold, placement.cacheKey);
-  ReportProgress();
+void GeometryExport::StartPath(const std::function<bool()>& containsImages) {
+  switch (ChooseGeometryPath(containsImages)) {
+    case GeometryPath::Pipeline:
+      pipeline = std::make_unique<GeometryPipeline>(collector, sender, threads);
+      break;
+    case GeometryPath::Parallel:
+      pool = std::make_unique<WorkerPool>(threads);
+      break;
+    case GeometryPath::Serial:
+      break;
+  }
+}
+
+void GeometryExport::EndPath() {
+  pipeline.reset();
+  pool.reset();
+}
+
+void GeometryExport::OpenMesh(const MeshPlacement& placement) {
+  if (pipeline) pipeline->OpenMesh(placement, static_cast<std::uint8_t>(geometryPass));
+}
+
+void GeometryExport::ExportFaces(const FaceSource& source, MeshBuffer& buffer) {
+  if (pipeline) {
+    pipeline->ProduceFaceWork(source);
+  } else if (pool) {
+    ExportFacesParallel(collector, *pool, source, buffer);
+  } else {
+    source([&](SUFaceRef su_face, const FaceContext& context) {
+      ExportFaceSerial(collector, su_face, context, buffer);
+    });
+  }
+}
+
+void GeometryExport::CloseMesh(const MeshBuffer& buffer, const MeshPlacement& placement) {
+  if (pipeline) {
+    pipeline->CloseMesh();
+  } else {
+    sender.SendMesh(buffer, placement, static_cast<std::uint8_t>(geometryPass));
+  }
 }
 
 void GeometryExport::PlaceMesh(const MeshPlacement& placement) {
-  link.InstanciateMesh(placement.meshId, glm::value_ptr(placement.transform), placement.cacheKey);
-  ReportProgress();
-}
-
-// A reload counts no faces, so its geometry share stays 0.
-void GeometryExport::ReportProgress() {
-  progress.SetGeometry(
-      totalFaces == 0 ? 0.0f : static_cast<float>(facesDone) / static_cast<float>(totalFaces));
+  if (pipeline) {
+    pipeline->PlaceMesh(placement);
+  } else {
+    sender.SendPlacement(placement);
+  }
 }
 
 }  // namespace quellix

@@ -1,70 +1,82 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <thread>
 #include <vector>
 
 #include <SketchUpAPI/sketchup.h>
-#include <glm/glm.hpp>
 
-#include "geometry/PolygonCount.h"
 #include "geometry/FaceCollector.h"
+#include "geometry/FaceWork.h"
+#include "geometry/GeometryPath.h"
+#include "geometry/GeometryPipeline.h"
 #include "geometry/MeshBuffer.h"
+#include "geometry/MeshPlacement.h"
+#include "geometry/MeshSender.h"
+#include "geometry/PolygonCount.h"
 #include "link/ExportProgress.h"
 #include "link/IpcInterface.h"
+#include "support/WorkerPool.h"
 
 namespace quellix {
 
-// Where one mesh goes and under what names the renderer keeps it.
-struct MeshPlacement {
-  std::uint64_t meshId = 0;
-  glm::mat4 transform{1.0f};
-  std::uint64_t cacheKey = 0;
-  bool manifold = false;
-};
-
-// The two walks of the model that hand over its geometry. The first makes the meshes of everything
-// but camera-facing components, the second of those.
+// What the geometry asks of whoever knows the model's hierarchy.
 struct GeometryWalks {
+  // Make the meshes of everything but camera-facing components, and of those.
   std::function<void()> firstPass;
   std::function<void()> secondPass;
+  // Whether there is an image entity anywhere in the model.
+  std::function<bool()> containsImages;
 };
 
-// The geometry of one export: what its worker thread keeps from the first face to the last.
+// The geometry of one export: what its worker thread keeps from the first face to the last. The
+// walks call OpenMesh, ExportFaces, CloseMesh and PlaceMesh on that thread, whatever path the
+// switches choose.
 class GeometryExport {
  public:
-  GeometryExport(IpcInterface& rendererLink, ExportProgress& exportProgress)
-      : link(rendererLink), progress(exportProgress) {}
+  GeometryExport(IpcInterface& rendererLink, ExportProgress& exportProgress,
+                 unsigned poolThreads = WorkerCount(std::thread::hardware_concurrency()))
+      : link(rendererLink), sender(rendererLink, exportProgress), threads(poolThreads) {}
   GeometryExport(const GeometryExport&) = delete;
   GeometryExport& operator=(const GeometryExport&) = delete;
 
   // Runs both walks over the model below these root entities. A first export (not a reload) counts
   // the faces before, for the progress. The owners that the walks found cached are then sent as one
-  // batch and the list is emptied. True when all was done.
+  // batch and the list is emptied. True when all was done. Throws the first error of any thread,
+  // once all are joined.
   bool Run(SUEntitiesRef su_root, bool reload, const GeometryWalks& walks,
            std::vector<std::uint64_t>& cachedOwners);
 
-  // Sends a finished mesh, if it holds anything, and reports the progress.
-  void CloseMesh(const MeshBuffer& mesh, const MeshPlacement& placement);
-
-  // Sends one more placement of a mesh that this export has sent.
+  // Starts a mesh.
+  void OpenMesh(const MeshPlacement& placement);
+  // Adds the faces of one collection to the mesh; in the pipeline `buffer` stays as it is.
+  void ExportFaces(const FaceSource& source, MeshBuffer& buffer);
+  // Ends the mesh; it is sent, if it holds anything, under its placement.
+  void CloseMesh(const MeshBuffer& buffer, const MeshPlacement& placement);
+  // Sends one more placement of a mesh that this export has made.
   void PlaceMesh(const MeshPlacement& placement);
 
   // 0 during the first walk, 1 during the second.
   int Pass() const { return geometryPass; }
+  // Counts each selected face.
+  std::atomic<std::uint32_t>& FacesDone() { return sender.facesDone; }
 
   FaceCollector collector;
-  std::atomic<std::uint32_t> facesDone{0};
 
  private:
-  void ReportProgress();
+  void StartPath(const std::function<bool()>& containsImages);
+  void EndPath();
 
   IpcInterface& link;
-  ExportProgress& progress;
-  std::uint32_t totalFaces = 0;
+  MeshSender sender;
+  const unsigned threads;
   FaceCounts faceCounts;
   int geometryPass = 0;
+  // At most one of the two exists, and only while Run runs.
+  std::unique_ptr<WorkerPool> pool;
+  std::unique_ptr<GeometryPipeline> pipeline;
 };
 
 }  // namespace quellix

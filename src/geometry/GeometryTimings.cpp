@@ -7,9 +7,16 @@ GeometryTimings& Timings() {
   return timings;
 }
 
+GeometryWaits& Waits() {
+  static GeometryWaits waits;
+  return waits;
+}
+
 void ResetGeometryTimings() {
-  for (TimingCounter* counter :
-       {&Timings().collectFace, &Timings().meshHelperCreate, &Timings().uvHelper}) {
+  GeometryTimings& t = Timings();
+  GeometryWaits& w = Waits();
+  for (TimingCounter* counter : {&t.collectFace, &t.meshHelperCreate, &t.uvHelper, &w.collectorLock,
+                                 &w.chunkBound, &w.queueBound, &w.senderIdle, &w.senderForMesh}) {
     counter->microseconds = 0;
     counter->count = 0;
   }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 
 #include "support/TimingLog.h"
 
@@ -20,7 +21,18 @@ struct GeometryTimings {
   TimingCounter uvHelper;          // one creation of UV helpers, or one block of UV queries
 };
 
+// What the pipeline's threads wait for.
+struct GeometryWaits {
+  TimingCounter collectorLock;  // any thread: another reads or writes what faces are known
+  TimingCounter chunkBound;     // the walk: the pool is as far behind as it may be
+  TimingCounter queueBound;     // the walk: the sender is
+  TimingCounter senderIdle;     // the sender: nothing is queued
+  TimingCounter senderForMesh;  // the sender: the next mesh is not finished
+};
+
 GeometryTimings& Timings();
+GeometryWaits& Waits();
+// Both.
 void ResetGeometryTimings();
 // Writes the line of the three sums into the timing log.
 void DumpGeometryTimings();
@@ -28,8 +40,10 @@ void DumpGeometryTimings();
 // Adds the time of its life to a counter.
 class ScopedTiming {
  public:
-  explicit ScopedTiming(TimingCounter& timedCounter)
-      : counter(PerfLogEnabled() ? &timedCounter : nullptr), start(counter ? NowMs() : 0.0) {}
+  // With `wanted` false it does nothing.
+  explicit ScopedTiming(TimingCounter& timedCounter, bool wanted = true)
+      : counter(wanted && PerfLogEnabled() ? &timedCounter : nullptr),
+        start(counter ? NowMs() : 0.0) {}
   ScopedTiming(const ScopedTiming&) = delete;
   ScopedTiming& operator=(const ScopedTiming&) = delete;
   ~ScopedTiming() {
@@ -42,5 +56,15 @@ class ScopedTiming {
   TimingCounter* counter;
   double start;
 };
+
+// Takes a lock; the time is counted when it is not to be had at once.
+template <class Lock>
+Lock LockTimed(typename Lock::mutex_type& mutex, TimingCounter& counter) {
+  Lock lock(mutex, std::try_to_lock);
+  if (lock.owns_lock()) return lock;
+  const ScopedTiming timing(counter);
+  lock.lock();
+  return lock;
+}
 
 }  // namespace quellix

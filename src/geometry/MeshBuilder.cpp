@@ -48,7 +48,10 @@ void AppendFace(const FaceMesh& face, const glm::mat4& transform, MeshBuffer& bu
   buffer.vertices.resize(first + face.positions.size());
   MeshVertex* const own = buffer.vertices.data() + first;
   for (std::size_t i = 0; i < face.positions.size(); ++i) {
-    own[i] = {faceTransform.Position(face.positions[i]), faceTransform.Normal(face.normals[i]),
+    // Most corners of a flat face share its normal.
+    const bool again = i > 0 && face.normals[i] == face.normals[i - 1];
+    own[i] = {faceTransform.Position(face.positions[i]),
+              again ? own[i - 1].normal : faceTransform.Normal(face.normals[i]),
               UvAt(face.frontUv, i), UvAt(face.backUv, i)};
   }
 

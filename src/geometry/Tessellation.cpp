@@ -33,9 +33,11 @@ std::array<int, 2> KeptAxes(const Point& normal) {
 struct ClipScratch {
   std::vector<Point2> projected;
   std::vector<std::span<const Point2>> rings;
+  mapbox::detail::Earcut<std::uint32_t> triangulator;
 };
 
-std::vector<std::uint32_t> ClipEars(const FaceData& face, const std::vector<Point>& positions) {
+void ClipEars(const FaceData& face, const std::vector<Point>& positions,
+              std::vector<std::uint32_t>& indexes) {
   thread_local ClipScratch scratch;
   const auto [u, v] = KeptAxes(face.Normal());
   scratch.projected.clear();
@@ -48,7 +50,8 @@ std::vector<std::uint32_t> ClipEars(const FaceData& face, const std::vector<Poin
   };
   for (std::size_t l = 0; l < face.LoopCount(); ++l) take(face.Loop(l).end - face.Loop(l).begin);
   for (const std::vector<Point>& opening : face.Openings()) take(opening.size());
-  return mapbox::earcut<std::uint32_t>(scratch.rings);
+  scratch.triangulator(scratch.rings);
+  indexes.assign(scratch.triangulator.indices.begin(), scratch.triangulator.indices.end());
 }
 
 void AppendFan(std::uint32_t count, std::vector<std::uint32_t>& indexes) {
@@ -126,7 +129,7 @@ bool TessellateFace(const FaceCollector& collector, std::uint32_t face, TessMesh
       IsConvexRing(mesh.positions, data.Normal())) {
     AppendFan(static_cast<std::uint32_t>(mesh.positions.size()), mesh.indexes);
   } else {
-    mesh.indexes = ClipEars(data, mesh.positions);
+    ClipEars(data, mesh.positions, mesh.indexes);
   }
   TurnAlong(data.Normal(), mesh);
   return !mesh.indexes.empty();
@@ -136,7 +139,7 @@ Point SmoothVertexNormal(const FaceCollector& collector, std::uint32_t face,
                          SUVertexRef su_vertex) {
   const Point own = collector.Face(face).Normal();
   boost::container::small_vector<std::uint32_t, kLargeFan> met;
-  boost::container::small_vector<FanFace, 8> fan;
+  Point sum(0.0);
   const bool whole = WalkFan(
       collector, face, su_vertex,
       [&](std::uint32_t next) {
@@ -145,30 +148,31 @@ Point SmoothVertexNormal(const FaceCollector& collector, std::uint32_t face,
         return true;
       },
       [&](const FanFace& fanFace) {
-        fan.push_back(fanFace);
-        return met.size() <= kLargeFan;
+        if (met.size() == 1) return true;
+        if (met.size() > kLargeFan) return false;
+        const Point& normal = fanFace.data->Normal();
+        sum += fanFace.Angle() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
+        return true;
       });
   if (met.size() == 1) return own;
-  Point sum(0.0);
-  if (!whole) {
-    sum = collector.Fans().WeightedSum(collector, face, su_vertex);
-  } else {
-    for (const FanFace& fanFace : fan) {
-      const Point& normal = fanFace.data->Normal();
-      sum += fanFace.Angle() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
-    }
-  }
+  if (!whole) sum = collector.Fans().WeightedSum(collector, face, su_vertex);
   const double length = glm::length(sum);
   return length < kNoLength ? own : sum / length;
 }
 
+// Sides without length are left out: a repeated point would hide the turn at the corner that it
+// repeats.
 bool IsConvexRing(std::span<const Point> ring, const Point& normal) {
+  const Point none(0.0);
   const std::size_t n = ring.size();
+  const auto sideFrom = [&](std::size_t k) { return ring[k + 1 == n ? 0 : k + 1] - ring[k]; };
+  Point before(0.0);
+  for (std::size_t k = n; k-- > 0 && before == none;) before = sideFrom(k);
   for (std::size_t k = 0; k < n; ++k) {
-    const Point& a = ring[k];
-    const Point& b = ring[(k + 1) % n];
-    const Point& c = ring[(k + 2) % n];
-    if (glm::dot(glm::cross(b - a, c - b), normal) < kReflex) return false;
+    const Point side = sideFrom(k);
+    if (side == none) continue;
+    if (glm::dot(glm::cross(before, side), normal) < kReflex) return false;
+    before = side;
   }
   return true;
 }

@@ -109,6 +109,7 @@ void Host::GiveHelperFan(Face* face) {
 }
 
 int Host::Calls(const std::string& name) const {
+  const std::lock_guard lock(callsMutex);
   const auto it = calls.find(name);
   return it == calls.end() ? 0 : it->second;
 }
@@ -121,7 +122,9 @@ extern "C" {
 
 SUResult SUFaceGetPlane(SUFaceRef su_face, SUPlane3D* plane) {
   current->Count(__func__);
-  if (su_face.ptr == nullptr || Get<Face>(su_face).planeFails) return SU_ERROR_INVALID_INPUT;
+  if (su_face.ptr == nullptr) return SU_ERROR_INVALID_INPUT;
+  if (Get<Face>(su_face).onRead) Get<Face>(su_face).onRead();
+  if (Get<Face>(su_face).planeFails) return SU_ERROR_INVALID_INPUT;
   const glm::dvec4& p = Get<Face>(su_face).plane;
   *plane = {p.x, p.y, p.z, p.w};
   return SU_ERROR_NONE;
@@ -217,6 +220,7 @@ SUResult SUEdgeGetFaces(SUEdgeRef edge, size_t len, SUFaceRef faces[], size_t* c
 
 SUResult SUMeshHelperCreate(SUMeshHelperRef* helper, SUFaceRef su_face) {
   current->Count(__func__);
+  if (Get<Face>(su_face).onHelper) Get<Face>(su_face).onHelper();
   if (Get<Face>(su_face).helper.positions.empty()) return SU_ERROR_GENERIC;
   *helper = {new Helper{&Get<Face>(su_face), true}};
   ++current->outstanding;

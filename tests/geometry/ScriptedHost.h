@@ -1,8 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -50,6 +53,9 @@ struct Face {
   std::deque<Loop> loops;  // the outer one first
   std::vector<std::vector<glm::dvec3>> openings;
   HelperMesh helper;
+  // Run while the plane is read, and while a mesh helper is made, if set: they may wait or throw.
+  std::function<void()> onRead;
+  std::function<void()> onHelper;
 
   SUFaceRef ref() { return SUFaceRef{this}; }
 };
@@ -80,13 +86,17 @@ class Host {
   // Openings, mesh helpers and UV helpers that were handed out and not released.
   int Outstanding() const { return outstanding; }
 
-  void Count(const char* name) { ++calls[name]; }
-  int outstanding = 0;
+  void Count(const char* name) {
+    const std::lock_guard lock(callsMutex);
+    ++calls[name];
+  }
+  std::atomic<int> outstanding{0};
 
  private:
   std::deque<Vertex> vertices;
   std::map<std::pair<Vertex*, Vertex*>, std::unique_ptr<Edge>> edges;
   std::deque<Face> faces;
+  mutable std::mutex callsMutex;
   std::map<std::string, int> calls;
 };
 

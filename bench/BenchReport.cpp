@@ -1,0 +1,207 @@
+// Measures everything, each case in a process of its own, since a process reads its switches once;
+// prints tables and writes the figures.
+//
+//   bench_report <file of the figures> [full]
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Figures.h"
+
+namespace {
+
+using bench::Figures;
+using nlohmann::json;
+using Better = Figures::Better;
+
+// The output of a program that prints one JSON object.
+json Run(const std::string& command) {
+  std::FILE* pipe = popen(command.c_str(), "r");
+  std::string text;
+  char piece[4096];
+  while (pipe != nullptr && std::fgets(piece, sizeof piece, pipe) != nullptr) text += piece;
+  if (pipe == nullptr || pclose(pipe) != 0) throw std::runtime_error("failed: " + command);
+  return json::parse(text);
+}
+
+struct Path {
+  const char* name;
+  const char* environment;
+};
+constexpr Path kPaths[] = {
+    {"serial", "QUELLIX_GEO_PARALLEL=0 QUELLIX_GEO_PIPELINE=0"},
+    {"parallel", "QUELLIX_GEO_PIPELINE=0"},
+    {"pipeline", ""},
+};
+
+struct Scene {
+  std::size_t faces;
+  bool textured;
+
+  std::string Name() const {
+    const std::string size = faces >= 1000000 ? std::to_string(faces / 1000000) + " M"
+                                              : std::to_string(faces / 1000) + " k";
+    return size + (textured ? " textured" : " plain");
+  }
+  // A thousand faces a definition, three placements of each.
+  std::string Arguments() const {
+    const std::size_t definitions = std::max<std::size_t>(1, faces / 1000);
+    return std::to_string(faces) + " " + std::to_string(definitions) + " " +
+           std::to_string(3 * definitions) + " " + (textured ? "1" : "0");
+  }
+  // Fewer where each takes long.
+  int Rounds(long cost) const { return faces >= 1000000 ? 1 : cost > 0 ? 2 : 5; }
+};
+
+json RunExport(const Scene& scene, const std::string& environment, long cost,
+               const std::string& what) {
+  return Run("env KVAPP_DISCARD=1 " + environment + " " EXPORT_CASE " " KVAPP_DIR " " +
+             scene.Arguments() + " " + std::to_string(cost) + " " +
+             std::to_string(scene.Rounds(cost)) + " " + what);
+}
+
+double Nanoseconds(const json& result) {
+  return result.at("ms").get<double>() * 1e6 / result.at("faces").get<double>();
+}
+
+class Report {
+ public:
+  Report(const char* file, bool fullSize) : figures(file), full(fullSize) {
+    scenes = {{10000, false}, {100000, false}, {100000, true}, {1000000, false}};
+    if (full) scenes.push_back({4000000, false});
+  }
+
+  void All() {
+    Paths();
+    Floors();
+    Shares();
+    Channel();
+    figures.Save();
+  }
+
+ private:
+  void Paths() {
+    std::printf("%-18s %10s %10s %10s   %s\n", "ns a face", "serial", "parallel", "pipeline",
+                "pipeline's memory, bytes a face");
+    json table;
+    for (const Scene& scene : scenes) {
+      std::printf("%-18s", scene.Name().c_str());
+      double memory = 0.0;
+      double time = 0.0;
+      for (const Path& path : kPaths) {
+        const json result = RunExport(scene, path.environment, 0, "time");
+        time = Nanoseconds(result);
+        memory = result.at("bytesPerFace");
+        table[scene.Name()][path.name] = time;
+        std::printf(" %10.0f", time);
+        std::fflush(stdout);
+      }
+      std::printf("   %.0f\n", memory);
+      table[scene.Name()]["bytesPerFace"] = memory;
+      if (scene.faces == 100000 && !scene.textured) time100k = time;
+      if (scene.faces == 4000000) {
+        figures.Set("face_time_4m_vs_100k", time / time100k, "x", Better::Lower, 1.2);
+        figures.Set("bytes_per_face_4m", memory, "bytes", Better::Lower, 700);
+      }
+    }
+    figures.SetTable("paths_ns_per_face", table);
+  }
+
+  void Floors() {
+    std::printf("\n%-18s %10s %10s %10s %10s %10s   %s\n", "ms, default path", "ns a call", "floor",
+                "export", "ratio", "calls", "of them in the floor");
+    json table;
+    struct Goal {
+      long cost;
+      double ratio;
+    };
+    for (const Goal& goal : {Goal{0, 2.0}, Goal{300, 1.3}}) {
+      double worst = 0.0;
+      for (const Scene& scene : scenes) {
+        if (scene.faces > 1000000 || (scene.faces == 1000000 && goal.cost > 0 && !full)) continue;
+        const json result = RunExport(scene, "", goal.cost, "floor");
+        const double floor = result.at("floorMs");
+        const double time = result.at("ms");
+        const double calls = result.at("calls");
+        std::printf("%-18s %10ld %10.1f %10.1f %10.2f %10.0f   %.1f %%\n", scene.Name().c_str(),
+                    goal.cost, floor, time, time / floor, calls,
+                    100.0 * result.at("floorCalls").get<double>() / calls);
+        std::fflush(stdout);
+        table[scene.Name()][std::to_string(goal.cost) + "ns"] = time / floor;
+        worst = std::max(worst, time / floor);
+      }
+      figures.Set("export_vs_read_floor_" + std::to_string(goal.cost) + "ns", worst, "x",
+                  Better::Lower, goal.ratio);
+    }
+    figures.SetTable("export_vs_read_floor", table);
+  }
+
+  void Shares() {
+    const std::filesystem::path log =
+        std::filesystem::temp_directory_path() / ("bench-" + std::to_string(getpid()) + ".log");
+    const json result =
+        RunExport({100000, false}, "QUELLIX_PERF_LOG_FILE=" + log.string(), 0, "shares");
+    std::filesystem::remove(log);
+    std::printf("\n%-28s %8s %22s\n", "100 k plain, of the wall time", "ran", "ready, no core");
+    for (const auto& [name, share] : result.at("threads").items()) {
+      std::printf("%-28s %7.1f%% %21.1f%%\n", name.c_str(), 100 * share.at("ran").get<double>(),
+                  100 * share.at("ready").get<double>());
+    }
+    std::printf("waited for\n");
+    for (const auto& [name, share] : result.at("waits").items()) {
+      std::printf("  %-26s %7.1f%%\n", name.c_str(), 100 * share.get<double>());
+    }
+    figures.SetTable("shares", result);
+  }
+
+  void Channel() {
+    const auto run = [](const std::string& environment, const char* what) {
+      return Run("env KVAPP_DISCARD=1 " + environment + " " CHANNEL_CASE " " KVAPP_DIR " " + what);
+    };
+    const json copy = run("", "copy");
+    const double append = copy.at("append");
+    const double memcpyRate = copy.at("memcpy");
+    const double awaited = run("QUELLIX_IPC_PIPELINE=0", "awaited").at("us");
+    const double pingPong = run("", "pingpong").at("us");
+    const double pipelinedRate = run("KVAPP_WORK_US=20", "rate").at("perSecond");
+    const double awaitedRate =
+        run("KVAPP_WORK_US=20 QUELLIX_IPC_PIPELINE=0", "rate").at("perSecond");
+    std::printf(
+        "\nAppendMesh of 64 MiB %.0f MiB/s, memcpy %.0f; a small command %.1f us, a bare "
+        "round trip %.1f;\nwith 20 us of work on each side %.0f commands/s pipelined, %.0f "
+        "awaited\n",
+        append, memcpyRate, awaited, pingPong, pipelinedRate, awaitedRate);
+    figures.Set("append_mesh_vs_memcpy", append / memcpyRate, "x speed", Better::Higher, 0.85);
+    figures.Set("awaited_vs_ping_pong", awaited / pingPong, "x", Better::Lower, 1.3);
+    figures.Set("pipelined_vs_awaited_rate", pipelinedRate / awaitedRate, "x", Better::Higher, 1.3);
+  }
+
+  Figures figures;
+  const bool full;
+  std::vector<Scene> scenes;
+  double time100k = 1.0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return 2;
+  const bool full = argc > 2 && std::string(argv[2]) == "full";
+  try {
+    Report(argv[1], full).All();
+    const std::string parts = std::string(BENCH_PARTS " ") + argv[1] +
+                              " --benchmark_min_time=0.1 --benchmark_repetitions=3";
+    if (std::system(parts.c_str()) != 0) throw std::runtime_error("failed: " + parts);
+    Figures(argv[1]).Print();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bench: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <thread>
+
+#include "geometry/FaceCollector.h"
+#include "geometry/FaceWork.h"
+#include "geometry/GeoMeshJob.h"
+#include "geometry/MeshSink.h"
+#include "support/WorkerPool.h"
+
+namespace quellix {
+
+// The pipeline of one export: the walk writes down faces, a pool makes their meshes, a sender
+// thread sends them in the order of the walk.
+//
+// Where the pool is so far behind that the walk would wait, the walk makes meshes of what the pool
+// has collected; it makes none of the pool's host calls.
+//
+// All calls are for the walk's thread, except PeaksSoFar. When a task or the sender fails, what is
+// queued is dropped, nobody goes on waiting, and the walk's next call throws the first error.
+class GeometryPipeline {
+ public:
+  static constexpr std::size_t kMaxChunks = 128;
+  static constexpr std::size_t kMaxEntries = 256;
+
+  // Starts the pool and the sender. Throws std::system_error when a thread cannot be started.
+  GeometryPipeline(FaceCollector& faceCollector, MeshSink& meshSink, unsigned poolThreads);
+  // Ends all threads; what is not sent yet is dropped.
+  ~GeometryPipeline();
+  GeometryPipeline(const GeometryPipeline&) = delete;
+  GeometryPipeline& operator=(const GeometryPipeline&) = delete;
+
+  // Starts a mesh; the faces that follow go into it.
+  void OpenMesh(const MeshPlacement& placement, std::uint8_t pass);
+  // Hands a collection's faces to the pool, in chunks. Waits while as many chunks as may be are
+  // unfinished. Does nothing when no mesh is open.
+  void ProduceFaceWork(const FaceSource& source);
+  // Ends the open mesh and queues it, unless no face was added.
+  void CloseMesh();
+  // Queues one more placement of a mesh queued before.
+  void PlaceMesh(const MeshPlacement& placement);
+  // Returns when all that was queued has been sent and the sender has ended. Throws the first
+  // error.
+  void Finish();
+
+  // The most that there were at once, of unfinished chunks and of queued entries.
+  struct Peaks {
+    std::size_t chunks = 0;
+    std::size_t entries = 0;
+  };
+  Peaks PeaksSoFar();
+
+ private:
+  void Submit(std::unique_ptr<FaceChunk> chunk);
+  void ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk);
+  void CollectFaces(FaceChunk& chunk);
+  void EvaluateTextures(FaceChunk& chunk);
+  bool HandOver(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk);
+  void Help(std::size_t untilChunks);
+  void BuildMeshes(GeoMeshJob& job, FaceChunk& chunk);
+  void EndChunk(GeoMeshJob& job);
+
+  void EnqueueSend(SendQueueEntry entry);
+  void RunSender();
+  bool TakeEntry(SendQueueEntry& entry);
+  void SendGeoMeshJob(GeoMeshJob& job);
+  void EndSender();
+
+  void Fail(std::exception_ptr error);
+  void ThrowIfFailed();
+
+  FaceCollector& collector;
+  std::shared_mutex collectorLock;
+  MeshSink& sink;
+  std::shared_ptr<GeoMeshJob> currentJob;
+
+  std::mutex queueMutex;  // guards the queue and `producerDone`
+  std::condition_variable notEmpty;
+  std::condition_variable notFull;
+  std::deque<SendQueueEntry> queue;
+  bool producerDone = false;
+  std::size_t peakEntries = 0;
+
+  // A chunk of which the host has told all.
+  struct Collected {
+    std::shared_ptr<GeoMeshJob> job;
+    FaceChunk* chunk;
+  };
+  std::mutex throttleMutex;  // guards what follows
+  std::condition_variable chunkChanged;
+  std::size_t chunksInFlight = 0;
+  std::size_t peakChunks = 0;
+  bool walkHelps = false;
+  std::deque<Collected> collected;  // for the walk to make meshes of
+
+  std::mutex errorMutex;  // guards the error; `failed` is set after it
+  std::exception_ptr firstError;
+  std::atomic<bool> failed{false};
+
+  MeshBuffer merged;  // the sender's, kept from mesh to mesh
+  WorkerPool pool;
+  std::thread senderThread;
+};
+
+}  // namespace quellix
