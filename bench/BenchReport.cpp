@@ -82,6 +82,7 @@ class Report {
     Floors();
     Shares();
     Channel();
+    Reload();
     figures.Save();
   }
 
@@ -180,6 +181,25 @@ class Report {
     figures.Set("append_mesh_vs_memcpy", append / memcpyRate, "x speed", Better::Higher, 0.85);
     figures.Set("awaited_vs_ping_pong", awaited / pingPong, "x", Better::Lower, 1.3);
     figures.Set("pipelined_vs_awaited_rate", pipelinedRate / awaitedRate, "x", Better::Higher, 1.3);
+  }
+
+  void Reload() {
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("bench-" + std::to_string(getpid()));
+    const json result = Run("env " RELOAD_CASE " " KVAPP_DIR " " + folder.string());
+    std::filesystem::remove_all(folder);
+    const double reload = result.at("reloadMs");
+    const double scan = result.at("scanMs");
+    const double first = result.at("firstBytes");
+    const double again = result.at("reloadBytes");
+    std::printf(
+        "\nreload of 200 k faces in 500 definitions, 2,000 placements, 100 textured materials, "
+        "unchanged:\n%.0f ms, of them its scan %.0f; %.0f bytes sent, %.1f MiB at first\n",
+        reload, scan, again, first / 1048576.0);
+    figures.Set("reload_vs_scan", reload / scan, "x", Better::Lower, 1.25);
+    figures.Set("reload_bytes_vs_first", again / first, "x", Better::Lower, 0.01);
+    figures.Set("material_records_alive", result.at("recordsAlive"), "records", Better::Lower,
+                result.at("recordsAllowed"));
   }
 
   Figures figures;

@@ -15,7 +15,6 @@ namespace {
 constexpr double kCell = 10.0;
 constexpr double kFold = 3.0;
 constexpr double kPi = 3.14159265358979323846;
-constexpr std::size_t kMaterials = 5;
 constexpr std::size_t kTexturePixels = 64;
 
 void Check(SUResult result, const char* what) {
@@ -164,8 +163,10 @@ class Wall {
                    smooth);
       }
     }
-    if (Below(10) < 6) input.Paint(face, true, materials[Below(kMaterials)]);
-    if (Below(10) < 2) input.Paint(face, false, materials[Below(kMaterials)]);
+    if (Below(10) < 6)
+      input.Paint(face, true, materials[Below(static_cast<std::uint32_t>(materials.size()))]);
+    if (Below(10) < 2)
+      input.Paint(face, false, materials[Below(static_cast<std::uint32_t>(materials.size()))]);
   }
 
   // One to eight corners along the upper side, in an arch or a zigzag.
@@ -238,8 +239,8 @@ void FillLargeFace(SUEntitiesRef su_entities, std::size_t corners, std::size_t h
 SUModelRef BuildScene(const SceneSize& size) {
   const SUModelRef su_model = NewModel();
   std::vector<SUMaterialRef> su_materials;
-  for (std::size_t i = 0; i < kMaterials; ++i) {
-    su_materials.push_back(AddMaterial(su_model, i, size.textured && i < 3));
+  for (std::size_t i = 0; i < size.materials; ++i) {
+    su_materials.push_back(AddMaterial(su_model, i, size.textured && i < size.texturedMaterials));
   }
   std::vector<SUComponentDefinitionRef> su_definitions;
   for (std::size_t i = 0; i < size.definitions; ++i) {

@@ -15,6 +15,8 @@ struct SceneSize {
   bool textured = false;         // else all materials are plain colours
   std::size_t firstCorners = 0;  // of one more face, the first one of the first definition
   std::uint32_t seed = 1;
+  std::size_t materials = 5;
+  std::size_t texturedMaterials = 3;  // the first ones, of a textured model
 };
 
 // Faces mixed as in buildings: 70 % quads, 20 % polygons of 5 to 12 corners, half of them concave,
