@@ -10,7 +10,7 @@ build_dir := $(CURDIR)/build/$(PRESET)
 ruby := $(CURDIR)/.deps/ruby/bin/ruby
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bench env clean
+.PHONY: help setup build demo test bench soak fuzz env clean
 
 help:
 	@echo "make demo               exports the sample house to the renderer and draws what arrived"
@@ -18,6 +18,9 @@ help:
 	@echo "make test               runs all tests"
 	@echo "make bench              measures the parts and whole exports, and writes out/bench.json"
 	@echo "make bench SIZE=full    the same with models of 4 million faces (12 GB of memory)"
+	@echo "make soak SECONDS=n     the long tests: 500 kills of the renderer, 2,000 reloads, hostile models;"
+	@echo "                        kills and reloads end after n seconds each (1800)"
+	@echo "make fuzz SECONDS=n     what cannot be trusted under libFuzzer, n seconds a target (60); needs clang"
 	@echo "make env                prints where Ruby and the built folders are, for scripts"
 	@echo "PRESET=asan make test   the same tests with the address and undefined-behaviour sanitizers"
 
@@ -42,6 +45,29 @@ bench: build
 	  { echo "bench: CMake could not configure; see .deps/log/configure-bench.log" >&2; exit 1; }
 	@cmake --build --preset $(PRESET) --parallel $(JOBS) --target bench_report
 	@"$(build_dir)/bench/bench_report" "$(CURDIR)/out/bench.json" $(SIZE)
+
+soak: build
+	@for name in kill trouble hostile reload hosts; do \
+	  EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
+	    KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 \
+	    HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 \
+	    "$(ruby)" -W -E UTF-8 tests/soak/$${name}_test.rb || exit 1; \
+	done
+
+fuzz: setup
+	@command -v clang++ >/dev/null || \
+	  { echo "fuzz: clang++ is missing; on Debian the packages clang and libclang-rt-14-dev have it" >&2; exit 1; }
+	@cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+	  -DCMAKE_CXX_COMPILER=clang++ -DQUELLIX_LIBFUZZER=ON \
+	  -DQUELLIX_SANITIZE=address,undefined,fuzzer-no-link >"$(CURDIR)/.deps/log/configure-fuzz.log" 2>&1 || \
+	  { echo "fuzz: CMake could not configure; see .deps/log/configure-fuzz.log" >&2; exit 1; }
+	@cmake --build build/fuzz --parallel $(JOBS) --target fuzz_toplugin fuzz_toapp fuzz_scene
+	@cd build/fuzz && for name in toplugin toapp scene; do \
+	  mkdir -p corpus-$$name; \
+	  FUZZ_SEED_FOLDER=seeds-$$name tests/fuzz/fuzz_$$name -max_total_time=$(or $(SECONDS),60) \
+	    -timeout=20 -rss_limit_mb=4096 -max_len=16000 -verbosity=0 -print_final_stats=1 \
+	    corpus-$$name seeds-$$name || exit 1; \
+	done
 
 env:
 	@echo "RUBY=$(ruby)"

@@ -39,6 +39,7 @@ class EventPeer {
   bool TakeMutex();
   void ReleaseMutex();
 
+  const ObjectIdentity& Identity() const { return identity_; }
   // False when the name now stands for another object, or for none.
   bool StillNamed() const;
   // Removes the name if it is still ours.

@@ -37,6 +37,9 @@ struct ObjectIdentity {
   bool operator==(const ObjectIdentity&) const = default;
 };
 
+// Whether a process has the object mapped; true where that cannot be told.
+bool MapsObject(std::int64_t processId, const ObjectIdentity& object);
+
 // Empty when there is no shared-memory object of that name.
 std::optional<ObjectIdentity> IdentityOfSharedObject(const std::string& name);
 

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <system_error>
 #include <thread>
 
@@ -10,6 +12,7 @@
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -68,6 +71,23 @@ std::optional<ObjectIdentity> IdentityOfSharedObject(const std::string& name) {
   } catch (const bip::interprocess_exception&) {
     return std::nullopt;
   }
+}
+
+bool MapsObject(std::int64_t processId, const ObjectIdentity& object) {
+  std::ifstream maps("/proc/" + std::to_string(processId) + "/maps");
+  bool any = false;
+  for (std::string line; std::getline(maps, line);) {
+    unsigned int deviceMajor = 0;
+    unsigned int deviceMinor = 0;
+    unsigned long long index = 0;
+    if (std::sscanf(line.c_str(), "%*s %*s %*s %x:%x %llu", &deviceMajor, &deviceMinor, &index) !=
+        3) {
+      continue;
+    }
+    any = true;
+    if (index == object.index && makedev(deviceMajor, deviceMinor) == object.device) return true;
+  }
+  return !any;
 }
 
 std::filesystem::path ProgramFolder() {

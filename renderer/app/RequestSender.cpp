@@ -50,7 +50,7 @@ void RequestSender::PostNow(Request request) {
   const std::size_t dataBytes = std::min(request.data.size(), bytes.size() - kHeader);
   std::memcpy(bytes.data() + kHeader, request.data.data(), dataBytes);
 
-  current_.emplace();
+  current_ = Current();
   current_->capacity = header.capacity;
   current_->command = command_;
   current_->written.assign(bytes.begin(), bytes.end());

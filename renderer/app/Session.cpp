@@ -72,7 +72,11 @@ void Session::OpenEvents() {
     commandReady_ = EventPeer::Open(wire::kCommandReady);
     commandDone_ = EventPeer::Open(wire::kCommandDone);
     segmentReplaced_ = EventPeer::Open(wire::kSegmentReplaced);
-    if (commandReady_ && commandDone_ && segmentReplaced_) return;
+    if (commandReady_ && commandDone_ && segmentReplaced_) {
+      // Another host may have taken the names over since this process was started.
+      if (!MapsObject(settings_.hostProcess, commandReady_->Identity())) End("linkReplaced");
+      return;
+    }
     std::this_thread::sleep_for(milliseconds(5));
   }
 }

@@ -1,5 +1,6 @@
 #include "export/GeometryWalk.h"
 
+#include "export/Descent.h"
 #include "export/ImageExport.h"
 #include "export/Lists.h"
 #include "export/ReloadCaches.h"
@@ -58,6 +59,7 @@ void GeometryWalk::ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceM
 
 void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId,
                                             bool manifold, std::uint64_t cacheKey) {
+  if (importer.Abandoned()) return;
   ReloadCaches& caches = ReloadCaches::Instance();
   const bool facing = importer.geometry.Pass() == 1;
   if (cacheKey == kOutermostOwner) cacheKey = OwnerOf(*params.manager);
@@ -97,6 +99,7 @@ void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t
 }
 
 void GeometryWalk::CollectContent(IterateParams& params) {
+  if (importer.Abandoned()) return;
   const bool facing = importer.geometry.Pass() == 1;
   const auto collect = [this](IterateParams& child) { CollectContent(child); };
   IterateInstances(
@@ -118,9 +121,13 @@ void GeometryWalk::ExportFaces(const IterateParams& params) {
                                    ReloadCaches::Instance().layerDependents,
                                    importer.geometry.FacesDone()};
   const bool atRoot = SUIsInvalid(params.definition);
+  std::uint32_t steps = 0;
   importer.geometry.ExportFaces(
       [&](const FaceSink& sink) {
-        ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs, sink);
+        ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs,
+                            [&](SUFaceRef su_face, const FaceContext& context) {
+                              if (!importer.Abandoned(steps)) sink(su_face, context);
+                            });
       },
       *params.output);
 }
@@ -141,6 +148,8 @@ void GeometryWalk::DescendToFacing(IterateParams& params) {
     const std::uint64_t dependent = facing ? manager.PathKey() : OwnerOf(manager);
     if (!RecordLayerAndTest(importer.scene.hiddenLayers, manager, dependent)) continue;
     if (!LightType(su_definition).empty()) continue;
+    const Descent step(su_definition);
+    if (!step) continue;
     IterateParams child{EntitiesOf(su_definition), &manager, nullptr, su_definition};
     if (facing) {
       ExportDefinitionGeometry(child, IdOf(su_definition), false, manager.PathKey());

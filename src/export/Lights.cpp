@@ -5,8 +5,10 @@
 #include <string>
 
 #include "export/AttributeReaders.h"
+#include "export/Descent.h"
 #include "export/Lists.h"
 #include "export/Walks.h"
+#include "support/Finite.h"
 
 namespace quellix {
 
@@ -44,6 +46,8 @@ void WalkLights(IpcInterface& link, const HiddenLayerSet& hiddenLayers, SUEntiti
     const SUComponentDefinitionRef su_definition = DefinitionOf(su_instance);
     const PushedLevel level(manager, su_instance);
     if (!RecordLayerAndTest(hiddenLayers, manager, OwnerOf(manager))) continue;
+    const Descent step(su_definition);
+    if (!step) continue;
     std::vector<LightRecord> lights;
     CollectLight(su_instance, su_definition, manager, lights);
     SendPendingLights(link, lights);
@@ -80,12 +84,12 @@ void CollectLight(SUComponentInstanceRef su_instance, SUComponentDefinitionRef s
   const glm::mat4 transform = manager.CurrentTransform();
   const glm::vec4 position = transform * CentreOf(su_definition);
   for (int i = 0; i < 4; ++i) light.position[i] = position[i];
-  Copy(glm::vec3(color[0], color[1], color[2]) * static_cast<float>(power), light.color);
+  Copy(glm::vec3(color[0], color[1], color[2]) * FiniteFloat(power, 1.0f), light.color);
   if (light.spot) {
     // The component shines along its own negative z axis.
     Copy(-glm::vec3(transform[2]), light.direction);
-    light.beamAngle = static_cast<float>(beamAngle);
-    light.wideBeamAngle = static_cast<float>(wideBeamAngle);
+    light.beamAngle = FiniteFloat(beamAngle, static_cast<float>(kBeamAngle));
+    light.wideBeamAngle = FiniteFloat(wideBeamAngle, static_cast<float>(kWideBeamAngle));
   }
   lights.push_back(light);
 }

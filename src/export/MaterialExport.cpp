@@ -120,7 +120,7 @@ void MaterialExporter::Finish() {
 
 bool ExportMaterials(SkpImporter& importer, const std::vector<MaterialEntry>& entries) {
   MaterialExporter exporter(importer, entries.size());
-  for (std::size_t i = 0; i < entries.size(); ++i) {
+  for (std::size_t i = 0; i < entries.size() && !importer.Abandoned(); ++i) {
     if (entries[i].isImage) {
       exporter.ExportImage(entries[i], i);
     } else {

@@ -8,6 +8,7 @@
 #include "export/AttributeReaders.h"
 #include "export/ReloadCaches.h"
 #include "export/TextureReading.h"
+#include "support/Finite.h"
 #include "support/Uuid.h"
 
 namespace quellix {
@@ -27,7 +28,7 @@ bool Below(float value, double threshold) {
 }
 
 float ReadFloat(SUAttributeDictionaryRef su_dictionary, const char* key, float current) {
-  return static_cast<float>(ReadDouble(su_dictionary, key, static_cast<double>(current)));
+  return FiniteFloat(ReadDouble(su_dictionary, key, static_cast<double>(current)), current);
 }
 
 void BeginJob(const MaterialEntry& entry, bool isPbr, MaterialSendJob& job) {
@@ -54,7 +55,7 @@ bool ReadOpacity(SUMaterialRef su_material, float& opacity) {
   double value = 1.0;
   if (SUMaterialGetUseOpacity(su_material, &used) != SU_ERROR_NONE || !used) return false;
   if (SUMaterialGetOpacity(su_material, &value) != SU_ERROR_NONE) return false;
-  opacity = static_cast<float>(value);
+  opacity = FiniteFloat(value, 1.0f);
   return true;
 }
 
@@ -117,7 +118,7 @@ bool Enabled(SUMaterialRef su_material, IsEnabled isEnabled) {
 float Number(SUMaterialRef su_material, GetNumber getNumber, double fallback) {
   double value = fallback;
   if (getNumber(su_material, &value) != SU_ERROR_NONE) value = fallback;
-  return static_cast<float>(value);
+  return FiniteFloat(value, static_cast<float>(fallback));
 }
 
 // True when the channel has a texture; its pixels, if they can be read, are in `block` then.

@@ -10,6 +10,7 @@
 
 #include "cw/Handle.h"
 #include "export/DefaultMaterials.h"
+#include "export/Descent.h"
 #include "export/ImageKey.h"
 #include "export/InheritanceManager.h"
 #include "export/Lights.h"
@@ -103,12 +104,15 @@ void Scan::RecordImage(SUImageRef su_image, std::uint64_t ownerId) {
 template <class Element>
 void Scan::ScanElement(Element su_element, InheritanceManager& manager, std::uint64_t ownerId,
                        bool active) {
+  if (importer.Abandoned()) return;
   const SUDrawingElementRef su_drawing = AsDrawingElement(su_element);
   const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
   const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
   const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
   RecordMaterial(MaterialOf(su_drawing), textureId, owner);
   caches.childrenMap[IdOf(su_definition)].insert(owner);
+  const Descent step(su_definition);
+  if (!step) return;
 
   if (!active || IsHidden(su_drawing)) {
     UnifiedScan(EntitiesOf(su_definition), manager, owner, false);
@@ -132,7 +136,9 @@ const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
   };
   std::set<Painted, decltype(before)> painted(before);
   SULayerRef su_previous = SU_INVALID;
+  std::uint32_t steps = 0;
   for (const SUFaceRef su_face : FacesOf(su_entities)) {
+    if (importer.Abandoned(steps)) break;
     const SULayerRef su_layer = LayerOf(SUFaceToDrawingElement(su_face));
     if (SUIsInvalid(su_layer)) {
       summary.hasFaceWithoutLayer = true;
@@ -191,7 +197,9 @@ void Scan::CollectMaterials(SUEntitiesRef su_entities, std::uint64_t ownerId) {
     const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
     const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
     RecordMaterial(MaterialOf(AsDrawingElement(su_element)), textureId, owner);
-    CollectMaterials(EntitiesOf(DefinitionOf(su_element)), owner);
+    const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
+    const Descent step(su_definition);
+    if (step) CollectMaterials(EntitiesOf(su_definition), owner);
   };
   for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) collect(su_instance);
   for (const SUGroupRef su_group : GroupsOf(su_entities)) collect(su_group);
@@ -201,7 +209,9 @@ void Scan::CollectMaterials(SUEntitiesRef su_entities, std::uint64_t ownerId) {
 void Scan::CollectImages(SUEntitiesRef su_entities, std::uint64_t ownerId) {
   const auto collect = [&](auto su_element) {
     const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
-    CollectImages(EntitiesOf(DefinitionOf(su_element)), owner);
+    const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
+    const Descent step(su_definition);
+    if (step) CollectImages(EntitiesOf(su_definition), owner);
   };
   for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) collect(su_instance);
   for (const SUGroupRef su_group : GroupsOf(su_entities)) collect(su_group);
@@ -267,6 +277,8 @@ template <class Element>
 void AddChildren(Element su_element, std::uint64_t ownerId) {
   const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
   ReloadCaches::Instance().childrenMap[IdOf(su_definition)].insert(ownerId);
+  const Descent step(su_definition);
+  if (!step) return;
   const SUEntitiesRef su_entities = EntitiesOf(su_definition);
   for (const SUComponentInstanceRef su_child : InstancesOf(su_entities)) {
     AddChildren(su_child, ownerId);

@@ -45,6 +45,7 @@ std::string Translated(const char* text) {
 
 SkpImporter::SkpImporter(IpcInterface& rendererLink, unsigned geometryThreads)
     : link(rendererLink),
+      rendererAtStart(rendererLink.IsAlive()),
       unifiedScan(UnifiedScanEnabled()),
       progress(rendererLink),
       geometry(rendererLink, progress, geometryThreads) {}
@@ -60,6 +61,19 @@ void SkpImporter::Import(SUModelRef su_modelToExport, const std::string& modelNa
   usePbr = pbr;
   link.SetModelName(modelName);
   ExportModel();
+}
+
+bool SkpImporter::Abandoned() {
+  link.EndIfInterrupted();
+  if (rendererAtStart && !link.IsAlive()) abandoned = true;
+  return abandoned;
+}
+
+bool SkpImporter::Abandoned(std::uint32_t& steps) {
+  constexpr std::uint32_t kStepsPerLook = 64;
+  if (++steps % kStepsPerLook == 0) return Abandoned();
+  link.EndIfInterrupted();
+  return abandoned || link.Ended();
 }
 
 bool SkpImporter::ExportModel() {
@@ -126,7 +140,10 @@ void SkpImporter::RunWorkers(const std::vector<MaterialEntry>& entries) {
                  cachedGeometryPids);
     LogLine("thGeo ExportGeometry: %.1f ms", NowMs() - start);
   });
-  workers.Wait(kServeSlice, [this] { link.PollToPlugin(); });
+  workers.Wait(kServeSlice, [this] {
+    link.PollToPlugin();
+    link.EndIfInterrupted();
+  });
 }
 
 void SkpImporter::SendLights() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -38,11 +39,18 @@ class SkpImporter {
   void Import(SUModelRef su_modelToExport, const std::string& modelName, bool reloadExport,
               bool pbr);
 
+  // True once the renderer that the export began with is gone, or the user has broken it off: what
+  // is left to do would reach nobody. Any thread.
+  bool Abandoned();
+  // The same for a loop of small steps, which it counts: asks the system only now and then.
+  bool Abandoned(std::uint32_t& steps);
+
   SUModelRef model = SU_INVALID;
   SUTextureWriterRef textureWriter = SU_INVALID;  // every texture of the export is loaded into it
   IpcInterface& link;
   bool reload = false;
   bool usePbr = false;
+  const bool rendererAtStart;
   const bool unifiedScan;
   ExportProgress progress;
 
@@ -63,6 +71,8 @@ class SkpImporter {
   std::map<SUEntitiesRef, std::uint64_t, CW::HandleLess> exportedDefinitions;
 
  private:
+  std::atomic<bool> abandoned{false};
+
   bool ExportModel();
   void ResetDiagnostics();
   void CollectHiddenLayers();

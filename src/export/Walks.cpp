@@ -3,6 +3,7 @@
 #include <string>
 
 #include "export/AttributeReaders.h"
+#include "export/Descent.h"
 #include "export/Lists.h"
 #include "export/ReloadCaches.h"
 
@@ -34,6 +35,8 @@ void IterateInstances(const HiddenLayerSet& hiddenLayers, const IterateParams& p
     manager.PushInstance(su_instance);
     if (!RecordLayerAndTest(hiddenLayers, manager, OwnerOf(manager))) continue;
     if (!LightType(su_definition).empty()) continue;
+    const Descent step(su_definition);
+    if (!step) continue;
     IterateParams child{EntitiesOf(su_definition), &manager, params.output, su_definition};
     callback(child);
   }
@@ -47,6 +50,8 @@ void IterateGroups(const HiddenLayerSet& hiddenLayers, const IterateParams& para
     InheritanceManager manager(*params.manager);
     manager.PushGroup(su_group);
     if (!RecordLayerAndTest(hiddenLayers, manager, OwnerOf(manager))) continue;
+    const Descent step(su_definition);
+    if (!step) continue;
     IterateParams child{EntitiesOf(su_definition), &manager, params.output, su_definition};
     callback(child);
   }

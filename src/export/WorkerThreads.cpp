@@ -1,10 +1,13 @@
 #include "export/WorkerThreads.h"
 
+#include <stdexcept>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace quellix {
 
-void WorkerThreads::Start(std::function<void()> body) {
+bool WorkerThreads::Start(std::function<void()> body) {
   {
     const std::lock_guard<std::mutex> lock(mutex);
     ++running;
@@ -18,23 +21,37 @@ void WorkerThreads::Start(std::function<void()> body) {
         error = std::current_exception();
       }
       const std::lock_guard<std::mutex> lock(mutex);
-      if (error && !firstError) firstError = error;
+      if (error) Keep(error);
       --running;
       ended.notify_all();
     });
-  } catch (...) {
+    return true;
+  } catch (const std::system_error& error) {
     const std::lock_guard<std::mutex> lock(mutex);
     --running;
-    throw;
+    Keep(std::make_exception_ptr(std::runtime_error(
+        std::string("a thread of the export could not be started: ") + error.what())));
+    return false;
   }
+}
+
+// Under the mutex, or with no thread left.
+void WorkerThreads::Keep(std::exception_ptr error) {
+  if (!firstError) firstError = std::move(error);
 }
 
 void WorkerThreads::Wait(std::chrono::milliseconds slice, const std::function<void()>& meanwhile) {
   std::unique_lock<std::mutex> lock(mutex);
   while (!ended.wait_for(lock, slice, [this] { return running == 0; })) {
     lock.unlock();
-    meanwhile();
+    std::exception_ptr error;
+    try {
+      meanwhile();
+    } catch (...) {
+      error = std::current_exception();
+    }
     lock.lock();
+    if (error) Keep(error);
   }
   lock.unlock();
   Join();

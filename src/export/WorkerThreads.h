@@ -20,14 +20,16 @@ class WorkerThreads {
   WorkerThreads(const WorkerThreads&) = delete;
   WorkerThreads& operator=(const WorkerThreads&) = delete;
 
-  // Starts a thread. Throws std::system_error when it cannot be started.
-  void Start(std::function<void()> body);
+  // Starts a thread. False when it cannot be started; Wait then throws the system's error.
+  bool Start(std::function<void()> body);
 
   // Waits until every thread has ended, calling `meanwhile` at least once a slice; then joins them
-  // in the order of their start and throws what the first of them threw.
+  // in the order of their start and throws what the first of them, or of the calls, threw. Threads
+  // may need what `meanwhile` does, so it goes on being called after it has thrown.
   void Wait(std::chrono::milliseconds slice, const std::function<void()>& meanwhile);
 
  private:
+  void Keep(std::exception_ptr error);
   void Join();
 
   std::vector<std::thread> threads;

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "support/Finite.h"
+#include "support/TimingLog.h"
+
 namespace quellix {
 
 namespace {
@@ -53,6 +56,14 @@ void AppendFace(const FaceMesh& face, const glm::mat4& transform, MeshBuffer& bu
     own[i] = {faceTransform.Position(face.positions[i]),
               again ? own[i - 1].normal : faceTransform.Normal(face.normals[i]),
               UvAt(face.frontUv, i), UvAt(face.backUv, i)};
+  }
+
+  // One face of places that are no numbers must not take the whole mesh along.
+  constexpr std::size_t kFloats = sizeof(MeshVertex) / sizeof(float);
+  if (!AllFinite(reinterpret_cast<const float*>(own), face.positions.size() * kFloats)) {
+    buffer.vertices.resize(first);
+    LogLine("left out: a face whose coordinates are no numbers");
+    return;
   }
 
   const std::size_t firstWord = buffer.triangles.size();

@@ -3,6 +3,9 @@
 #include "host/Methods.h"
 
 #include <stdexcept>
+#include <string>
+
+#include <boost/interprocess/exceptions.hpp>
 
 #include "export/ReloadCaches.h"
 #include "export/SceneScan.h"
@@ -45,7 +48,17 @@ void Import(IpcInterface& link, SUModelRef su_model, const char* path, bool relo
   const Exporting exporting;
   if (!link.IsAlive()) ReloadCaches::Instance().ClearReloadCache();
   quellix::SkpImporter importer(link);
-  importer.Import(su_model, quellix::ModelNameOf(path), reload, usePbr);
+  try {
+    importer.Import(su_model, quellix::ModelNameOf(path), reload, usePbr);
+  } catch (const boost::interprocess::interprocess_exception& error) {
+    ReloadCaches::Instance().ClearReloadCache();
+    throw std::runtime_error(std::string("the shared memory for the renderer could not be made: ") +
+                             error.what());
+  } catch (...) {
+    // What was counted as sent may never have been.
+    ReloadCaches::Instance().ClearReloadCache();
+    throw;
+  }
 }
 
 template <class Operation>

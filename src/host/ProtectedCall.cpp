@@ -1,6 +1,7 @@
 #include "host/ProtectedCall.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "support/TimingLog.h"
 
@@ -50,13 +51,43 @@ void Report(const char* callback, VALUE error) {
   LogLine("callback %s", text);
 }
 
+// The jump that is on its way to the caller; its error stays Ruby's current one meanwhile.
+int interruption = 0;
+
+// Only exceptions are objects that can be asked; a throw or the end of a thread is neither an error
+// nor an object.
+bool EndsTheCaller(VALUE error) {
+  if (RB_SPECIAL_CONST_P(error) || RB_BUILTIN_TYPE(error) == T_IMEMO) return true;
+  return RTEST(rb_obj_is_kind_of(error, rb_eSignal));
+}
+
 }  // namespace
+
+bool Interrupted() {
+  if (interruption != 0) return true;
+  if (rb_thread_interrupted(rb_thread_current()) == 0) return false;
+  rb_protect(
+      [](VALUE) -> VALUE {
+        rb_thread_check_ints();
+        return Qnil;
+      },
+      Qnil, &interruption);
+  return interruption != 0;
+}
+
+int TakeInterruption() {
+  return std::exchange(interruption, 0);
+}
 
 bool RunProtected(const char* callback, VALUE (*call)(VALUE context), VALUE context) {
   int failed = 0;
   rb_protect(call, context, &failed);
   if (failed == 0) return true;
   const VALUE error = rb_errinfo();
+  if (EndsTheCaller(error)) {
+    interruption = failed;
+    return false;
+  }
   rb_set_errinfo(Qnil);
   Report(callback, error);
   return false;

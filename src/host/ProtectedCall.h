@@ -8,12 +8,21 @@
 namespace quellix {
 
 // Runs `call(context)` so that a Ruby error in it ends here. False when there was one; it is told,
-// under the callback's name, with its class, its message and where it came from.
+// under the callback's name, with its class, its message and where it came from. What is no error
+// of the callback but ends its caller as well (an interrupt, a throw, the end of its thread) is
+// kept instead, as by Interrupted.
 bool RunProtected(const char* callback, VALUE (*call)(VALUE context), VALUE context);
 
-// The same for a callable, which may refer to objects of its caller. A Ruby error leaves it without
-// running destructors, so nothing inside it may rely on one. A C++ exception in it passes on to
-// the caller, around the interpreter's frames.
+// True when Ruby wants the running method to end: by Ctrl-C, a time-out, the end of its thread.
+// Whatever that raised is kept until TakeInterruption; no Ruby code may run before.
+bool Interrupted();
+
+// The tag of what was kept, for rb_jump_tag once all destructors have run; 0 for nothing.
+int TakeInterruption();
+
+// The same as RunProtected for a callable, which may refer to objects of its caller. A Ruby error
+// leaves it without running destructors, so nothing inside it may rely on one. A C++ exception in
+// it passes on to the caller, around the interpreter's frames.
 template <class Call>
 bool ProtectedCall(const char* callback, Call&& call) {
   struct Context {

@@ -163,4 +163,8 @@ void RubyReceiver::SuppressAutosyncOnce() {
                 [&] { rb_funcall(object, rb_intern("suppress_autosync_once"), 0); });
 }
 
+bool RubyReceiver::Interrupted() {
+  return quellix::Interrupted();
+}
+
 }  // namespace quellix

@@ -31,6 +31,7 @@ class RubyReceiver : public RequestReceiver {
   std::optional<bool> GetUsePbr() override;
   std::optional<std::uint64_t> GetSuVersion() override;
   void SuppressAutosyncOnce() override;
+  bool Interrupted() override;
 
  private:
   VALUE object;

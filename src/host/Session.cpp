@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "support/TimingLog.h"
+#include "support/WxRuntime.h"
 
 namespace quellix {
 
@@ -17,7 +18,13 @@ IpcInterface& Session::Open(VALUE receiver) {
   if (methodDepth > 1) {
     throw std::runtime_error("init_renderer cannot be called from a callback of the renderer");
   }
-  if (ipcInterface) Release();
+  if (!OnWxMainThread()) {
+    throw std::runtime_error("init_renderer is for the host's main thread");
+  }
+  if (ipcInterface) {
+    ipcInterface->AwaitAttachment();
+    Release();
+  }
   ForgetInterface();
   rubyReceiver = std::make_unique<RubyReceiver>(receiver);
   ipcInterface = std::make_unique<IpcInterface>();
@@ -84,16 +91,24 @@ void Session::ReleaseWhenEnded() {
   }
 }
 
-MethodScope::~MethodScope() {
-  Session& session = Session::Instance();
-  if (session.methodDepth == 1) {
+void Session::EnterMethod() {
+  if (methodDepth > 0 && methodThread != std::this_thread::get_id()) {
+    throw std::runtime_error(
+        "another thread is inside a method of the extension; wait for its end");
+  }
+  methodThread = std::this_thread::get_id();
+  ++methodDepth;
+}
+
+void Session::LeaveMethod() {
+  if (methodDepth == 1) {
     try {
-      session.ReleaseWhenEnded();
+      ReleaseWhenEnded();
     } catch (const std::exception& error) {
       LogLine("quit: %s", error.what());
     }
   }
-  --session.methodDepth;
+  --methodDepth;
 }
 
 }  // namespace quellix

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "export/ReloadCaches.h"
@@ -45,6 +46,9 @@ class Session {
  private:
   friend class MethodScope;
 
+  void EnterMethod();
+  void LeaveMethod();
+
   void ApplyCacheChanges();
   void ForgetInterface();
   void Release();
@@ -53,17 +57,19 @@ class Session {
   std::unique_ptr<RubyReceiver> rubyReceiver;
   std::unique_ptr<IpcInterface> ipcInterface;
   int methodDepth = 0;
+  std::thread::id methodThread;  // while a method runs: whose
   bool exporting = false;
   bool closing = false;
   std::vector<CacheChange> cacheChanges;  // reported during the export, or the last one
 };
 
 // Counts the methods that are running, one inside a callback of another; the outermost one's end is
-// where a link that ended can be released.
+// where a link that ended can be released. Throws when another thread is inside a method: it would
+// wait for that one while it keeps the interpreter from running it.
 class MethodScope {
  public:
-  MethodScope() { ++Session::Instance().methodDepth; }
-  ~MethodScope();
+  MethodScope() { Session::Instance().EnterMethod(); }
+  ~MethodScope() { Session::Instance().LeaveMethod(); }
   MethodScope(const MethodScope&) = delete;
   MethodScope& operator=(const MethodScope&) = delete;
 };

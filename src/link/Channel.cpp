@@ -3,6 +3,7 @@
 #include "link/IpcInterface.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 #include <boost/interprocess/permissions.hpp>
@@ -48,10 +49,6 @@ bool IpcInterface::OpenChannel(RequestReceiver* requestReceiver) {
   ManualEvent::Remove(wire::kSegmentReplaced);
 
   try {
-    const auto alive = [this] { return IsAlive(); };
-    commandReady = ManualEvent::Create(wire::kCommandReady, alive);
-    commandDone = ManualEvent::Create(wire::kCommandDone, alive);
-    segmentReplaced = ManualEvent::Create(wire::kSegmentReplaced, alive);
     ExpandSharedMemory(kFirstMessageBytes);
   } catch (const bi::interprocess_exception& error) {
     LogLine("OpenChannel: %s", error.what());
@@ -59,6 +56,27 @@ bool IpcInterface::OpenChannel(RequestReceiver* requestReceiver) {
   if (toAppBase != nullptr) return true;
   ReleaseChannel();
   return false;
+}
+
+void IpcInterface::CreateEvents() {
+  const auto alive = [this] { return IsAlive(); };
+  commandReady = ManualEvent::Create(wire::kCommandReady, alive);
+  commandDone = ManualEvent::Create(wire::kCommandDone, alive);
+  segmentReplaced = ManualEvent::Create(wire::kSegmentReplaced, alive);
+}
+
+// False once another process has made a channel of its own under the same names.
+bool IpcInterface::StillOurs() const {
+  return !commandReady || commandReady->StillNamed();
+}
+
+void IpcInterface::AwaitAttachment() {
+  constexpr double kPatienceMs = 1000.0;
+  const double start = NowMs();
+  while (segmentReplaced && segmentReplaced->Wait(0) && IsAlive() &&
+         NowMs() - start < kPatienceMs) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
 }
 
 void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
@@ -69,6 +87,13 @@ void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
   const double start = NowMs();
   const std::uint64_t oldSize = toAppSize;
   if (toAppBase != nullptr) AcknowledgeMemoryDestroyed();
+  if (!StillOurs()) {
+    // What stands under the names now is the newer channel's, whose renderer may be opening it.
+    LogLine("ExpandSharedMemory: the channel belongs to another host now");
+    ended = true;
+    return;
+  }
+  if (!segmentReplaced) CreateEvents();
   toAppBase = nullptr;
   toAppSize = 0;
   toAppRegion.reset();
@@ -101,7 +126,7 @@ void IpcInterface::AcknowledgeMemoryDestroyed() {
 }
 
 bool IpcInterface::EnsureSegment(std::uint64_t messageBytes) {
-  if (toAppBase == nullptr && commandReady) {
+  if (toAppBase == nullptr) {
     try {
       ExpandSharedMemory(kFirstMessageBytes);
     } catch (const bi::interprocess_exception& error) {
@@ -127,6 +152,7 @@ void IpcInterface::OpenToPluginSide() {
 
 void IpcInterface::ReleaseChannel() {
   const bool rendererGone = process.Id() > 0 && !process.Alive();
+  const bool ours = StillOurs();
   pendingWait = false;
   pendingCommand = -1;
   reloadOutstanding = false;
@@ -149,6 +175,7 @@ void IpcInterface::ReleaseChannel() {
   requestReady.reset();
   requestDone.reset();
 
+  if (!ours) return;
   ManualEvent::Remove(wire::kCommandReady);
   ManualEvent::Remove(wire::kCommandDone);
   ManualEvent::Remove(wire::kSegmentReplaced);

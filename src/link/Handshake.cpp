@@ -154,7 +154,12 @@ bool IpcInterface::Commit(bool wait) {
   return completed;
 }
 
-// False when the renderer was gone before it had finished.
+void IpcInterface::EndIfInterrupted() {
+  if (ended || receiver == nullptr || std::this_thread::get_id() != hostThread) return;
+  if (receiver->Interrupted()) ended = true;
+}
+
+// False when the renderer was gone, or the wait given up, before it had finished.
 bool IpcInterface::WaitCompletion() {
   const bool onHost = std::this_thread::get_id() == hostThread;
   const double start = NowMs();
@@ -162,6 +167,7 @@ bool IpcInterface::WaitCompletion() {
   bool completed = commandDone->Wait(kSliceMs);
   while (!completed && IsAlive()) {
     if (onHost) ServeRequest();
+    EndIfInterrupted();
     const int seconds = static_cast<int>((NowMs() - start) / 1000.0);
     if (seconds >= lastReport + kReportSeconds) {
       lastReport = seconds;
@@ -197,6 +203,7 @@ void IpcInterface::AwaitOutstanding() {
     const double start = NowMs();
     while (!commandDone->Wait(kSliceMs) && IsAlive() && NowMs() - start < kReloadGraceMs) {
       if (onHost) ServeRequest();
+      EndIfInterrupted();
     }
     commandDone->Reset();
     reloadOutstanding = false;
@@ -216,7 +223,7 @@ bool IpcInterface::WouldHold() {
 
 void IpcInterface::PollToPlugin() {
   ServeRequest();
-  if (serving) return;
+  if (serving || ended || (receiver != nullptr && receiver->Interrupted())) return;
   {
     const std::lock_guard<std::mutex> lock(heldMutex);
     if (held.empty()) return;

@@ -54,16 +54,27 @@ class IpcInterface {
   // Asks the renderer to close and returns when it has acknowledged, or is gone. Host thread.
   void CloseApp();
 
-  // Gives up every shared object of our end, and what a renderer that is gone left of its own. No
-  // sender may be inside. Host thread.
+  // Gives the renderer a moment to take hold of the channel, if it has not yet. A renderer that
+  // finds the names of the next channel instead would take that one's renderer's place. Host
+  // thread.
+  void AwaitAttachment();
+
+  // Gives up every shared object of our end, and what a renderer that is gone left of its own;
+  // names that another host has taken over since are left to it. No sender may be inside. Host
+  // thread.
   void ReleaseChannel();
 
   // The renderer's id; 0 or less when there is none.
   std::int32_t ProcessId() const { return process.Id(); }
 
-  // True once the renderer has announced that it quits: nothing is sent any more, and the owner is
-  // to release and destroy the link as soon as nobody uses it.
+  // True once the renderer has announced that it quits, a wait was given up or another host has
+  // taken the channel: nothing is sent any more, and the owner is to release and destroy the link
+  // as soon as nobody uses it.
   bool Ended() const { return ended; }
+
+  // Ends the link when the receiver wants waits to be given up. Any thread; only the host thread
+  // asks the receiver.
+  void EndIfInterrupted();
 
   // Takes the renderer's request, if there is one, has the receiver answer it and acknowledges it;
   // then sends what callbacks left to be sent, if that can be done without waiting behind another
@@ -152,9 +163,12 @@ class IpcInterface {
   void AwaitOutstanding();
   bool InFlight();
   void AcknowledgeMemoryDestroyed();
+  void CreateEvents();
+  bool StillOurs() const;
 
   void OpenToPluginSide();
   void ServeRequest();
+  bool RequestSegmentWhole() const;
   void HandleRequest(std::uint32_t code);
   bool AnswerFits(std::uint64_t required);
   std::uint64_t Capacity() const;

@@ -38,7 +38,8 @@ ManualEvent::ManualEvent(std::string eventName, bi::managed_shared_memory eventS
     : name(std::move(eventName)),
       segment(std::move(eventSegment)),
       state(eventState),
-      peerAlive(std::move(alive)) {}
+      peerAlive(std::move(alive)),
+      identity(IdentityOfObject(SegmentName(name))) {}
 
 std::unique_ptr<ManualEvent> ManualEvent::Create(const std::string& name, PeerAlive peerAlive) {
   Remove(name);
@@ -51,6 +52,9 @@ std::unique_ptr<ManualEvent> ManualEvent::Create(const std::string& name, PeerAl
 }
 
 std::unique_ptr<ManualEvent> ManualEvent::Open(const std::string& name, PeerAlive peerAlive) {
+  if (!IsManagedSegmentReady(SegmentName(name), wire::kEventSegmentBytes)) {
+    throw std::runtime_error("ManualEvent: state not found (creator not ready)");
+  }
   bi::managed_shared_memory segment(bi::open_only, SegmentName(name).c_str());
   auto* state = segment.find<wire::EventState>(wire::kEventStateObject).first;
   if (state == nullptr) {
@@ -62,6 +66,10 @@ std::unique_ptr<ManualEvent> ManualEvent::Open(const std::string& name, PeerAliv
 
 void ManualEvent::Remove(const std::string& name) noexcept {
   bi::shared_memory_object::remove(SegmentName(name).c_str());
+}
+
+bool ManualEvent::StillNamed() const {
+  return IdentityOfObject(SegmentName(name)) == identity;
 }
 
 bool ManualEvent::LockBounded() {

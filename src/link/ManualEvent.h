@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <boost/interprocess/managed_shared_memory.hpp>
 
+#include "link/SharedObjects.h"
 #include "link/WireRecords.h"
 
 namespace quellix {
@@ -29,12 +31,16 @@ class ManualEvent {
   static std::unique_ptr<ManualEvent> Create(const std::string& name, PeerAlive peerAlive);
 
   // Opener's role. Throws interprocess_exception while there is no such segment, and
-  // std::runtime_error while the creator has not finished it.
+  // std::runtime_error while the creator has not finished it; a creator that died half-way is not
+  // waited for.
   static std::unique_ptr<ManualEvent> Open(const std::string& name, PeerAlive peerAlive);
 
   // Removes the name of an event's segment; what is mapped stays usable. No error when it is not
   // there.
   static void Remove(const std::string& name) noexcept;
+
+  // False when the name now stands for another object, or for none.
+  bool StillNamed() const;
 
   ManualEvent(const ManualEvent&) = delete;
   ManualEvent& operator=(const ManualEvent&) = delete;
@@ -59,6 +65,7 @@ class ManualEvent {
   boost::interprocess::managed_shared_memory segment;
   wire::EventState* state;
   PeerAlive peerAlive;
+  std::optional<ObjectIdentity> identity;
 };
 
 }  // namespace quellix

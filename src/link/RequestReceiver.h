@@ -49,6 +49,11 @@ class RequestReceiver {
   virtual std::optional<bool> GetUsePbr() = 0;
   virtual std::optional<std::uint64_t> GetSuVersion() = 0;
   virtual void SuppressAutosyncOnce() = 0;
+
+  // Asked again and again during every wait: true when the wait, and the link with it, is to be
+  // given up because something else must happen on the host thread. It stays true until the wait's
+  // caller has returned.
+  virtual bool Interrupted() { return false; }
 };
 
 }  // namespace quellix

@@ -42,7 +42,7 @@ wire::SceneRecord PackScene(const SceneInfo& scene) {
 }  // namespace
 
 void IpcInterface::ServeRequest() {
-  if (serving || receiver == nullptr) return;
+  if (serving || ended || receiver == nullptr) return;
   if (!requestReady || !requestDone) {
     try {
       OpenToPluginSide();
@@ -53,7 +53,7 @@ void IpcInterface::ServeRequest() {
       return;
     }
   }
-  if (toPluginBase == nullptr || !requestReady->Wait(0)) return;
+  if (toPluginBase == nullptr || !requestReady->Wait(0) || !RequestSegmentWhole()) return;
 
   serving = true;
   struct Done {
@@ -69,6 +69,14 @@ void IpcInterface::ServeRequest() {
   }
   HandleRequest(code);
   requestDone->Set();
+}
+
+// A mapping reaches no further than its object: reading behind an end that was moved would end the
+// process.
+bool IpcInterface::RequestSegmentWhole() const {
+  boost::interprocess::offset_t size = 0;
+  return toPluginMemory->get_size(size) &&
+         static_cast<std::uint64_t>(size) >= toPluginRegion->get_size();
 }
 
 void IpcInterface::HandleRequest(std::uint32_t code) {

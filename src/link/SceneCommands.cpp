@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "link/SceneDigest.h"
+#include "support/Finite.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -77,6 +78,14 @@ wire::AppendPBRMaterial PbrRecord(const PbrMaterialRecord& material) {
   return record;
 }
 
+// What has no place cannot be shown; the log tells what is missing.
+bool HasPlace(const char* command, std::uint64_t id, const float* values, std::size_t count) {
+  if (AllFinite(values, count)) return true;
+  LogLine("%s: %llu left out, its place is no number", command,
+          static_cast<unsigned long long>(id));
+  return false;
+}
+
 }  // namespace
 
 void IpcInterface::AppendMaterial(const ClassicMaterialRecord& material) {
@@ -106,6 +115,9 @@ void IpcInterface::AppendPBRMaterial(const PbrMaterialRecord& material) {
 }
 
 void IpcInterface::AppendOmniLight(const float color[3], const float position[4]) {
+  if (!HasPlace("AppendOmniLight", 0, position, 3) || !HasPlace("AppendOmniLight", 0, color, 3)) {
+    return;
+  }
   wire::AppendOmniLight record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::AppendOmniLight);
   std::copy_n(color, 3, record.color);
@@ -115,6 +127,10 @@ void IpcInterface::AppendOmniLight(const float color[3], const float position[4]
 
 void IpcInterface::AppendSpotLight(const float color[3], const float position[4],
                                    const float direction[3], float beamAngle, float wideBeamAngle) {
+  if (!HasPlace("AppendSpotLight", 0, position, 3) || !HasPlace("AppendSpotLight", 0, color, 3) ||
+      !HasPlace("AppendSpotLight", 0, direction, 3)) {
+    return;
+  }
   wire::AppendSpotLight record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::AppendSpotLight);
   std::copy_n(color, 3, record.color);
@@ -129,6 +145,7 @@ void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
                               std::uint32_t vertexCount, const float* vertices,
                               std::uint32_t triangleCount, const std::uint32_t* triangles,
                               std::uint8_t pass, bool manifold, std::uint64_t cacheKey) {
+  if (!HasPlace("AppendMesh", meshId, transform, 16)) return;
   const SceneDigest::Block vertexBlock{vertices,
                                        sizeof(wire::MeshVertex) * std::uint64_t{vertexCount}};
   const SceneDigest::Block triangleBlock{
@@ -157,6 +174,7 @@ void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
 
 void IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[16],
                                    std::uint64_t cacheKey) {
+  if (!HasPlace("InstanciateMesh", cacheKey, transform, 16)) return;
   wire::InstanciateMesh record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::InstanciateMesh);
   record.meshId = meshId;
@@ -186,6 +204,7 @@ void IpcInterface::AppendCachedMaterials(
 }
 
 void IpcInterface::UpdateInstanceTransform(std::uint64_t ownerId, const float transform[16]) {
+  if (!HasPlace("UpdateInstanceTransform", ownerId, transform, 16)) return;
   wire::UpdateInstanceTransform record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::UpdateInstanceTransform);
   record.ownerId = ownerId;

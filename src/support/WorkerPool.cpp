@@ -1,5 +1,6 @@
 #include "support/WorkerPool.h"
 
+#include <system_error>
 #include <utility>
 
 namespace quellix {
@@ -12,6 +13,9 @@ WorkerPool::WorkerPool(unsigned threadCount) {
   threads.reserve(threadCount);
   try {
     for (unsigned i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+  } catch (const std::system_error& error) {
+    StopAndJoin();
+    throw std::system_error(error.code(), "a worker thread could not be started");
   } catch (...) {
     StopAndJoin();
     throw;

@@ -5,6 +5,7 @@
 
 #include <wx/app.h>
 #include <wx/init.h>
+#include <wx/thread.h>
 
 namespace quellix {
 
@@ -18,6 +19,11 @@ void EnsureWx() {
     return started;
   }();
   static_cast<void>(ready);
+}
+
+bool OnWxMainThread() {
+  EnsureWx();
+  return wxThread::IsMain();
 }
 
 }  // namespace quellix

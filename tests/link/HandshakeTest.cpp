@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <fstream>
@@ -127,6 +128,7 @@ TEST_F(Handshake, WhatAnIdlePollHoldsIsSentByThatPoll) {
   std::vector<int> ids;
   for (std::string line; std::getline(log, line);) ids.push_back(json::parse(line).at("id"));
   EXPECT_EQ(ids, (std::vector<int>{14, 16, 17, 16}));
+  Close();
 }
 
 TEST_F(Handshake, CommandsOfManyThreadsStayWholeAndAllArrive) {
@@ -205,6 +207,32 @@ TEST_F(Handshake, AProgramThatIsMissingOrNoProgramDoesNotStart) {
     EXPECT_FALSE(link.IsAlive());
     link.SetMessage("dropped");
   }
+}
+
+// The renderer's segment is an object like any other: it may be made smaller at any time, and what
+// is behind its end then ends the process that touches it.
+TEST_F(Handshake, ASegmentThatShrinksIsNotReadAnyMore) {
+  namespace bi = boost::interprocess;
+  ASSERT_TRUE(link.OpenChannel(&receiver));
+  const auto alive = [] { return true; };
+  {
+    bi::shared_memory_object memory(bi::create_only, wire::kToPluginSegment, bi::read_write);
+    memory.truncate(65536);
+    const auto ready = ManualEvent::Create(wire::kRequestReady, alive);
+    const auto done = ManualEvent::Create(wire::kRequestDone, alive);
+    ready->Set();
+    link.PollToPlugin();
+    EXPECT_TRUE(done->Wait(0));
+    done->Reset();
+    ASSERT_EQ(::truncate("/dev/shm/Qlx_Mem_ToPlugin", 0), 0);
+    ready->Set();
+    link.PollToPlugin();
+    EXPECT_FALSE(done->Wait(0));
+  }
+  link.ReleaseChannel();
+  bi::shared_memory_object::remove(wire::kToPluginSegment);
+  ManualEvent::Remove(wire::kRequestReady);
+  ManualEvent::Remove(wire::kRequestDone);
 }
 
 // The model is in there.

@@ -2,8 +2,10 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <thread>
 
 namespace quellix {
 
@@ -33,8 +35,13 @@ void LinkTest::Start(const std::string& script, RequestReceiver* requestReceiver
   ASSERT_TRUE(link.LaunchApp(KVAPP_DIR));
 }
 
-std::vector<nlohmann::json> LinkTest::Received() {
+void LinkTest::Close() {
   link.CloseApp();
+  while (link.IsAlive()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+std::vector<nlohmann::json> LinkTest::Received() {
+  Close();
   std::vector<nlohmann::json> commands;
   std::ifstream log(folder / "commands.jsonl");
   for (std::string line; std::getline(log, line);) commands.push_back(nlohmann::json::parse(line));

@@ -42,6 +42,9 @@ class LinkTest : public testing::Test {
   // Starts the renderer, following a script if one is given.
   void Start(const std::string& script = {}, RequestReceiver* requestReceiver = nullptr);
 
+  // Closes the renderer and waits for its end. A receiver of a test's own must not end before.
+  void Close();
+
   // Closes the renderer and returns the commands that it received, in order.
   std::vector<nlohmann::json> Received();
   nlohmann::json Report() const;

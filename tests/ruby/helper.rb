@@ -57,7 +57,7 @@ class LinkTest < Minitest::Test
 
   # A test that hangs fails instead.
   def run
-    Timeout.timeout(WATCHDOG_SECONDS) { super }
+    Timeout.timeout(self.class::WATCHDOG_SECONDS) { super }
   end
 
   # Starts a renderer that follows these steps.
