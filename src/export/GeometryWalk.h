@@ -18,8 +18,7 @@ class GeometryWalk {
   void SecondPass();
 
  private:
-  // `facesLastCacheKey` below: the cache key that stands for the owner of the manager's outermost
-  // element.
+  // A cache key with all bits set stands for the owner of the manager's outermost element.
   void ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId, bool manifold,
                                 std::uint64_t cacheKey);
   void ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceManager& manager);
