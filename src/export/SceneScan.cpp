@@ -135,6 +135,15 @@ const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
     return std::tie(a.first.ptr, a.second) < std::tie(b.first.ptr, b.second);
   };
   std::set<Painted, decltype(before)> painted(before);
+  // Neighbouring faces mostly look the same.
+  Painted front{SU_INVALID, 0};
+  Painted back = front;
+  const auto paint = [&painted](SUMaterialRef su_material, std::int32_t textureId, Painted& last) {
+    if (SUIsInvalid(su_material)) return;
+    if (SUAreEqual(su_material, last.first) && textureId == last.second) return;
+    last = {su_material, textureId};
+    painted.insert(last);
+  };
   SULayerRef su_previous = SU_INVALID;
   std::uint32_t steps = 0;
   for (const SUFaceRef su_face : FacesOf(su_entities)) {
@@ -151,8 +160,8 @@ const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
     SUMaterialRef su_back = SU_INVALID;
     SUFaceGetFrontMaterial(su_face, &su_front);
     SUFaceGetBackMaterial(su_face, &su_back);
-    if (SUIsValid(su_front)) painted.emplace(su_front, textures.front);
-    if (SUIsValid(su_back)) painted.emplace(su_back, textures.back);
+    paint(su_front, textures.front, front);
+    paint(su_back, textures.back, back);
   }
   summary.materials.assign(painted.begin(), painted.end());
   return summary;
