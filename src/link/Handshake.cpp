@@ -38,11 +38,13 @@ bool IsPipelined(std::uint32_t id) {
 
 }  // namespace
 
-IpcInterface::SendScope::SendScope(IpcInterface& owner) : link(owner) {
+IpcInterface::SendScope::SendScope(IpcInterface& owner, bool mayWait) : link(owner) {
   const std::thread::id self = std::this_thread::get_id();
   const bool inCallback = self == link.hostThread && link.serving;
-  if (!inCallback) {
+  if (!inCallback && mayWait) {
     link.sendLock.Enter();
+  } else if (!inCallback) {
+    if (!link.sendLock.TryEnter()) return;
   } else if (link.sendOwner == self || !link.sendLock.TryEnter()) {
     return;
   } else if (link.InFlight()) {
@@ -229,16 +231,8 @@ void IpcInterface::PollToPlugin() {
     if (held.empty()) return;
   }
   // Another thread that holds the lock sends them itself, with its next command at the latest.
-  if (!sendLock.TryEnter()) return;
-  sendOwner = std::this_thread::get_id();
-  struct Leave {
-    IpcInterface& link;
-    ~Leave() {
-      link.sendOwner = std::thread::id();
-      link.sendLock.Leave();
-    }
-  } leave{*this};
-  FlushPending();
+  const SendScope scope(*this, /*mayWait=*/false);
+  if (scope.Owns()) FlushPending();
 }
 
 void IpcInterface::CloseApp() {

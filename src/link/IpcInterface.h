@@ -85,9 +85,6 @@ class IpcInterface {
   // the callback would be held. Host thread.
   bool WouldHold();
 
-  // True while a callback runs. Host thread.
-  bool InCallback() const { return serving; }
-
   // Scene content.
   void AppendMaterial(const ClassicMaterialRecord& material);
   void AppendPBRMaterial(const PbrMaterialRecord& material);
