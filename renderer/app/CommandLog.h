@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/Decoder.h"
+#include "link/WireRecords.h"
 
 namespace kvapp {
 
@@ -29,19 +31,25 @@ class CommandLog {
   // An empty folder: counts only, no digests.
   CommandLog(const std::filesystem::path& folder, std::size_t bytesLogged);
 
-  // Call while the segment still holds the command.
-  void Add(std::uint64_t number, const Decoded& decoded, std::span<const std::byte> segment);
+  // Call while the segment still holds the command. Returns how many of its kind there were.
+  std::uint64_t Add(std::uint64_t number, const Decoded& decoded,
+                    std::span<const std::byte> segment);
 
-  const std::map<std::string, Count>& Counts() const { return counts_; }
+  // By the commands' names; those that never came are left out.
+  std::map<std::string, Count> Counts() const;
   // Exclusive or of the digests of the scene commands, by command.
   const std::map<std::string, Digest>& Digests() const { return digests_; }
   std::uint64_t Commands() const { return commands_; }
   std::uint64_t Bytes() const { return bytes_; }
 
  private:
+  void Write(std::uint64_t number, const Decoded& decoded, std::uint64_t bytes,
+             std::span<const std::byte> segment);
+
   std::ofstream file_;
   std::size_t bytesLogged_;
-  std::map<std::string, Count> counts_;
+  // By id; all that the catalogue does not know share the first.
+  std::array<Count, quellix::wire::kLastCommandId + 1> counts_{};
   std::map<std::string, Digest> digests_;
   std::uint64_t commands_ = 0;
   std::uint64_t bytes_ = 0;

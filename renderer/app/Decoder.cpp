@@ -181,7 +181,7 @@ Decoded Decode(std::span<const std::byte> segment, const DecodeOptions& options)
   return decoded;
 }
 
-std::string ShortCommandName(std::uint32_t id) {
+const char* ShortCommandName(std::uint32_t id) {
   switch (static_cast<wire::CommandId>(id)) {
     case wire::CommandId::SetCamera:
       return "SetCamera";

@@ -30,7 +30,7 @@ struct Decoded {
 // thread.
 Decoded Decode(std::span<const std::byte> segment, const DecodeOptions& options = {});
 
-// The name of a command in reports and scripts; "?" outside the catalogue.
-std::string ShortCommandName(std::uint32_t id);
+// The name of a command in reports and scripts, for good; "?" outside the catalogue.
+const char* ShortCommandName(std::uint32_t id);
 
 }  // namespace kvapp

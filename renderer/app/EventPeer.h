@@ -51,6 +51,9 @@ class EventPeer {
   EventPeer(std::string segmentName, Segment segment, quellix::wire::EventState* state,
             ObjectIdentity identity);
 
+  bool LooksSignaled() const;
+  void Watch() const;
+
   std::string segmentName_;
   Segment segment_;
   quellix::wire::EventState* state_;

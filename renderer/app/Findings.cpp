@@ -27,15 +27,15 @@ const char* NoteName(NoteKind kind) {
   return "?";
 }
 
-void Findings::SetContext(std::uint64_t command, std::string name) {
+void Findings::SetContext(std::uint64_t command, const char* name) {
   command_ = command;
-  name_ = std::move(name);
+  name_ = name;
 }
 
 void Findings::Fault(std::string text) {
   if (++faultCount_ <= kMostPrinted) {
     const std::string where =
-        command_ == 0 ? "" : "command " + std::to_string(command_) + " " + name_ + ": ";
+        command_ == 0 ? "" : "command " + std::to_string(command_) + " " + std::string(name_) + ": ";
     std::fprintf(stderr, "KvApp: %s%s\n", where.c_str(), text.c_str());
   }
   if (faults_.size() < kMostListed) faults_.push_back({command_, name_, std::move(text)});

@@ -30,8 +30,8 @@ class Findings {
  public:
   static constexpr std::size_t kMostListed = 500;
 
-  // The command that later findings are about.
-  void SetContext(std::uint64_t command, std::string name);
+  // The command that later findings are about. The name is kept as it is given: one for good.
+  void SetContext(std::uint64_t command, const char* name);
   // The first few go to standard error too.
   void Fault(std::string text);
   void Note(NoteKind kind, std::string text);
@@ -43,7 +43,7 @@ class Findings {
 
  private:
   std::uint64_t command_ = 0;
-  std::string name_;
+  const char* name_ = "";
   std::uint64_t faultCount_ = 0;
   std::vector<Finding> faults_;
   std::vector<Finding> notes_;

@@ -60,7 +60,7 @@ class Script {
 
   struct Event {
     std::uint64_t command = 0;  // its number, from 1
-    std::string name;
+    const char* name = "";
     std::uint64_t nth = 0;          // of that name, from 1
     std::uint64_t exportEnded = 0;  // number of the export that it completed, or 0
   };

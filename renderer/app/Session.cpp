@@ -31,6 +31,7 @@ std::filesystem::path LogFolder(const Settings& settings) {
 }
 
 void WorkFor(std::chrono::microseconds span) {
+  if (span.count() == 0) return;
   const auto end = std::chrono::steady_clock::now() + span;
   while (std::chrono::steady_clock::now() < end) {
   }
@@ -131,6 +132,7 @@ void Session::AwaitSegment(milliseconds slice) {
 void Session::AwaitCommand(milliseconds slice) {
   if (!Consume(*commandReady_, slice)) return;
   TakeCommand();
+  if (!script_.WaitsForRest()) return;
   lastCommand_ = Clock::now();
   script_.CommandCame();
 }
@@ -139,10 +141,9 @@ void Session::TakeCommand() {
   const auto bytes = segment_->Bytes();
   Decoded decoded = Decode(bytes, {.headersOnly = settings_.discard});
   event_ = {event_.command + 1, ShortCommandName(decoded.id), 0, 0};
-  event_.nth = ++nthOfName_[event_.name];
+  event_.nth = log_.Add(event_.command, decoded, bytes);
   findings_.SetContext(event_.command, event_.name);
   requests_->SetCommand(event_.command);
-  log_.Add(event_.command, decoded, bytes);
   for (std::string& problem : decoded.problems) findings_.Fault(std::move(problem));
 
   const std::uint32_t id = decoded.id;

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -72,7 +71,6 @@ class Session {
   std::unique_ptr<RequestSender> requests_;
 
   Script::Event event_;
-  std::map<std::string, std::uint64_t> nthOfName_;
   bool linkCamera_ = false;
   bool ended_ = false;
   Clock::time_point opened_;

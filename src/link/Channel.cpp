@@ -159,6 +159,7 @@ void IpcInterface::ReleaseChannel() {
   {
     const std::lock_guard<std::mutex> lock(heldMutex);
     held.clear();
+    anyHeld = false;
   }
 
   toAppBase = nullptr;

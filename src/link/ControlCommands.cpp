@@ -63,7 +63,10 @@ void IpcInterface::PrepareRendering(bool reload) {
   wire::PrepareRendering record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::PrepareRendering);
   record.reload = reload ? 1 : 0;
-  const double elapsed = Send(CommandMessage(record), {});
+  double elapsed = 0.0;
+  SendTraits traits;
+  traits.commitMs = PerfLogEnabled() ? &elapsed : nullptr;
+  Send(CommandMessage(record), traits);
   LogLine("ipc PrepareRendering(reload=%d): %.1f ms", reload ? 1 : 0, elapsed);
 }
 

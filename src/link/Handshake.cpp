@@ -65,6 +65,17 @@ bool IpcInterface::IsAlive() const {
   return !ended && process.Alive();
 }
 
+// Asking the system costs as much as a small command's way to the renderer and back, so it is asked
+// once in a tick of the clock.
+bool IpcInterface::SeenAlive() {
+  if (ended) return false;
+  const std::uint64_t tick = CoarseTick();
+  if (aliveTick.load(std::memory_order_relaxed) == tick) return true;
+  if (!IsAlive()) return false;
+  aliveTick.store(tick, std::memory_order_relaxed);
+  return true;
+}
+
 bool IpcInterface::LaunchApp(const std::string& directory) {
   if (!process.Start(directory)) {
     ShowMessageBox("Failed to start the app", "Error");
@@ -74,34 +85,32 @@ bool IpcInterface::LaunchApp(const std::string& directory) {
   return true;
 }
 
-double IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
-  if (!IsAlive()) return 0.0;
+void IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
+  if (!SeenAlive()) return;
   const SendScope scope(*this);
   if (!scope.Owns()) {
     Hold(message, traits);
-    return 0.0;
+    return;
   }
-  FlushPending();
   // The renderer may have died during that wait; whoever waits for its event died with it.
-  if (!IsAlive()) return 0.0;
-  if (traits.isProgress && !AdmitProgress(message.Record())) return 0.0;
+  if (!FlushPending() && !IsAlive()) return;
+  if (traits.isProgress && !AdmitProgress(message.Record())) return;
   if (traits.grows) {
     if (traits.countBytes && PerfLogEnabled()) StatsAddBytes(message.Id(), message.Size());
+    const std::uint64_t sizeBefore = toAppSize;
     ExpandSharedMemory(message.Size());
-    if (!IsAlive()) return 0.0;
+    if (ended || (toAppSize != sizeBefore && !IsAlive())) return;
   } else if (!EnsureSegment(message.Size())) {
     LogLine("%s: left out, its %llu bytes have no room", wire::CommandName(message.Id()),
             static_cast<unsigned long long>(message.Size()));
-    return 0.0;
+    return;
   }
   message.WriteTo(toAppBase);
   if (traits.digest != nullptr) traits.digest(traits.digestContext);
-
-  const double start = NowMs();
+  const double start = traits.commitMs == nullptr ? 0.0 : NowMs();
   Commit(traits.wait);
-  const double elapsed = NowMs() - start;
+  if (traits.commitMs != nullptr) *traits.commitMs = NowMs() - start;
   if (!pendingWait && !reloadOutstanding) SendHeld();
-  return elapsed;
 }
 
 void IpcInterface::Hold(const CommandMessage& message, const SendTraits& traits) {
@@ -109,13 +118,16 @@ void IpcInterface::Hold(const CommandMessage& message, const SendTraits& traits)
   message.WriteTo(command.bytes.data());
   const std::lock_guard<std::mutex> lock(heldMutex);
   held.push_back(std::move(command));
+  anyHeld = true;
 }
 
 bool IpcInterface::TakeHeld(HeldCommand& command) {
+  if (!anyHeld) return false;
   const std::lock_guard<std::mutex> lock(heldMutex);
   if (held.empty()) return false;
   command = std::move(held.front());
   held.pop_front();
+  anyHeld = !held.empty();
   return true;
 }
 
@@ -163,10 +175,11 @@ void IpcInterface::EndIfInterrupted() {
 
 // False when the renderer was gone, or the wait given up, before it had finished.
 bool IpcInterface::WaitCompletion() {
-  const bool onHost = std::this_thread::get_id() == hostThread;
-  const double start = NowMs();
-  int lastReport = 0;
+  // The first slice counts as none of the reported seconds; an answer within it needs no clock.
   bool completed = commandDone->Wait(kSliceMs);
+  const bool onHost = std::this_thread::get_id() == hostThread;
+  const double start = completed ? 0.0 : NowMs();
+  int lastReport = 0;
   while (!completed && IsAlive()) {
     if (onHost) ServeRequest();
     EndIfInterrupted();
@@ -182,34 +195,39 @@ bool IpcInterface::WaitCompletion() {
   return completed;
 }
 
-void IpcInterface::FlushPending() {
-  AwaitOutstanding();
+// False when what was in flight was not completed.
+bool IpcInterface::FlushPending() {
+  const bool completed = AwaitOutstanding();
   SendHeld();
+  return completed;
 }
 
 // Nothing is in flight afterwards, except a ReloadFromPlugin that the renderer did not acknowledge
 // in time: what it does with that late is not to be taken for the end of a later command, so it is
 // given a moment.
-void IpcInterface::AwaitOutstanding() {
+bool IpcInterface::AwaitOutstanding() {
+  bool completed = true;
   if (pendingWait) {
     pendingWait = false;
-    const double start = NowMs();
-    WaitCompletion();
-    if (PerfLogEnabled()) {
-      StatsAddWait(static_cast<std::uint32_t>(pendingCommand), MicrosecondsSince(start));
-    }
+    const bool log = PerfLogEnabled();
+    const double start = log ? NowMs() : 0.0;
+    completed = WaitCompletion();
+    if (log) StatsAddWait(static_cast<std::uint32_t>(pendingCommand), MicrosecondsSince(start));
     pendingCommand = -1;
   }
   if (reloadOutstanding) {
     const bool onHost = std::this_thread::get_id() == hostThread;
     const double start = NowMs();
-    while (!commandDone->Wait(kSliceMs) && IsAlive() && NowMs() - start < kReloadGraceMs) {
+    completed = commandDone->Wait(kSliceMs);
+    while (!completed && IsAlive() && NowMs() - start < kReloadGraceMs) {
       if (onHost) ServeRequest();
       EndIfInterrupted();
+      completed = commandDone->Wait(kSliceMs);
     }
     commandDone->Reset();
     reloadOutstanding = false;
   }
+  return completed;
 }
 
 // Under the send lock.
@@ -226,10 +244,7 @@ bool IpcInterface::WouldHold() {
 void IpcInterface::PollToPlugin() {
   ServeRequest();
   if (serving || ended || (receiver != nullptr && receiver->Interrupted())) return;
-  {
-    const std::lock_guard<std::mutex> lock(heldMutex);
-    if (held.empty()) return;
-  }
+  if (!anyHeld) return;
   // Another thread that holds the lock sends them itself, with its next command at the latest.
   const SendScope scope(*this, /*mayWait=*/false);
   if (scope.Owns()) FlushPending();

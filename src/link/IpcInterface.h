@@ -135,7 +135,8 @@ class IpcInterface {
     bool countBytes = false;  // its size goes into the statistics
     DigestFunction digest = nullptr;
     const void* digestContext = nullptr;
-    bool isProgress = false;  // goes out only when it differs enough from the last one
+    bool isProgress = false;     // goes out only when it differs enough from the last one
+    double* commitMs = nullptr;  // takes the milliseconds that Commit took
   };
 
   struct HeldCommand {
@@ -144,8 +145,8 @@ class IpcInterface {
     bool isProgress;
   };
 
-  // The one way of every command. Returns the milliseconds that Commit took.
-  double Send(const CommandMessage& message, const SendTraits& traits);
+  // The one way of every command.
+  void Send(const CommandMessage& message, const SendTraits& traits);
   void SendPlain(wire::CommandId id, bool wait);
   void SendText(wire::CommandId id, const std::string& text);
   void Hold(const CommandMessage& message, const SendTraits& traits);
@@ -156,8 +157,9 @@ class IpcInterface {
 
   bool Commit(bool wait);
   bool WaitCompletion();
-  void FlushPending();
-  void AwaitOutstanding();
+  bool FlushPending();
+  bool AwaitOutstanding();
+  bool SeenAlive();
   bool InFlight();
   void AcknowledgeMemoryDestroyed();
   void CreateEvents();
@@ -204,6 +206,7 @@ class IpcInterface {
 
   RendererProcess process;
   std::atomic<bool> ended{false};
+  std::atomic<std::uint64_t> aliveTick{0};  // when it last was
 
   wxCriticalSection sendLock;
   std::atomic<std::thread::id> sendOwner{};  // who holds sendLock; only its owner relies on it
@@ -216,6 +219,7 @@ class IpcInterface {
   bool serving = false;  // a request is being served; host thread only
   std::mutex heldMutex;
   std::deque<HeldCommand> held;
+  std::atomic<bool> anyHeld{false};  // so that a command without company need not lock
 };
 
 }  // namespace quellix

@@ -19,12 +19,16 @@ namespace bi = boost::interprocess;
 // How long a lock attempt lasts before the peer's life is looked at again.
 constexpr int kLockSliceMs = 20;
 
-// A waiter spins this long before it sleeps: an answer to a small command comes within a few
-// microseconds, a sleep and its wake-up cost tens of them. On one processor spinning would only
-// keep the peer from running.
-std::chrono::nanoseconds SpinTime() {
+// A waiter watches the flag this long before it sleeps: an answer to a small command comes within a
+// few microseconds, a sleep and its wake-up cost tens of them. Soon it offers its processor to
+// others with every look, so that where processors are few it takes nothing from whoever could use
+// one, the peer above all. On a single processor there is nothing to watch for.
+constexpr int kClocklessLooks = 1000;
+constexpr std::chrono::microseconds kSelfishWatch{2};
+
+std::chrono::microseconds WatchTime() {
   static const bool several = std::thread::hardware_concurrency() > 1;
-  return several ? std::chrono::microseconds(50) : std::chrono::microseconds(0);
+  return std::chrono::microseconds(several ? 50 : 0);
 }
 
 std::string SegmentName(const std::string& name) {
@@ -73,16 +77,18 @@ bool ManualEvent::StillNamed() const {
 }
 
 bool ManualEvent::LockBounded() {
-  for (;;) {
-    const auto deadline = boost::posix_time::microsec_clock::universal_time() +
-                          boost::posix_time::milliseconds(kLockSliceMs);
-    try {
+  try {
+    // Nearly always free; a deadline would cost more than the lock.
+    if (state->mutex.try_lock()) return true;
+    for (;;) {
+      const auto deadline = boost::posix_time::microsec_clock::universal_time() +
+                            boost::posix_time::milliseconds(kLockSliceMs);
       if (state->mutex.timed_lock(deadline)) return true;
-    } catch (const bi::interprocess_exception&) {
-      // Where the system tells: whoever held the lock has died, and nobody will have it again.
-      return false;
+      if (!peerAlive()) return false;
     }
-    if (!peerAlive()) return false;
+  } catch (const bi::interprocess_exception&) {
+    // Where the system tells: whoever held the lock has died, and nobody will have it again.
+    return false;
   }
 }
 
@@ -119,24 +125,38 @@ bool ManualEvent::ConfirmSignaled() {
 // time already waited, so that a long wait costs little and a short one is seen early. Whoever
 // waits on the other side may use the condition: Set notifies it.
 bool ManualEvent::Wait(std::uint32_t timeoutMs) {
-  using Clock = std::chrono::steady_clock;
-  constexpr std::chrono::nanoseconds kLongestSleep = std::chrono::milliseconds(2);
-  if (LooksSignaled()) return ConfirmSignaled();
+  // The first looks come without a clock, which costs more than they do.
+  const int looks = timeoutMs == 0 ? 1 : kClocklessLooks;
+  for (int i = 0; i < looks; ++i) {
+    if (LooksSignaled()) return ConfirmSignaled();
+  }
   if (timeoutMs == 0) return false;
 
   const Clock::time_point start = Clock::now();
   const Clock::time_point deadline = timeoutMs == kInfinite
                                          ? Clock::time_point::max()
                                          : start + std::chrono::milliseconds(timeoutMs);
-  const Clock::time_point spinEnd = std::min(deadline, start + SpinTime());
+  const Clock::time_point watchEnd = std::min<Clock::time_point>(deadline, start + WatchTime());
+  return WatchUntil(start, watchEnd) ? ConfirmSignaled() : SleepUntil(start, deadline);
+}
+
+bool ManualEvent::WatchUntil(Clock::time_point start, Clock::time_point end) const {
+  while (!LooksSignaled()) {
+    const Clock::time_point now = Clock::now();
+    if (now >= end) return false;
+    if (now - start > kSelfishWatch) std::this_thread::yield();
+  }
+  return true;
+}
+
+bool ManualEvent::SleepUntil(Clock::time_point start, Clock::time_point deadline) {
+  constexpr std::chrono::nanoseconds kLongestNap = std::chrono::milliseconds(2);
   for (;;) {
     if (LooksSignaled() && ConfirmSignaled()) return true;
     const Clock::time_point now = Clock::now();
     if (now >= deadline) return false;
-    if (now < spinEnd) continue;
-    const std::chrono::nanoseconds waited = now - start;
     const std::chrono::nanoseconds nap = std::clamp<std::chrono::nanoseconds>(
-        waited / 4, std::chrono::microseconds(10), kLongestSleep);
+        (now - start) / 4, std::chrono::microseconds(10), kLongestNap);
     std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(nap, deadline - now));
   }
 }

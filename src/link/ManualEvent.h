@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -57,9 +58,13 @@ class ManualEvent {
   ManualEvent(std::string eventName, boost::interprocess::managed_shared_memory eventSegment,
               wire::EventState* eventState, PeerAlive alive);
 
+  using Clock = std::chrono::steady_clock;
+
   bool LockBounded();
   bool LooksSignaled() const;
   bool ConfirmSignaled();
+  bool WatchUntil(Clock::time_point start, Clock::time_point end) const;
+  bool SleepUntil(Clock::time_point start, Clock::time_point deadline);
 
   std::string name;
   boost::interprocess::managed_shared_memory segment;

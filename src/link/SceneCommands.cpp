@@ -96,7 +96,7 @@ void IpcInterface::AppendMaterial(const ClassicMaterialRecord& material) {
       .Text(record.materialTypeOffset, material.materialType)
       .Blob(record.textureOffset, material.texture.size, material.texture.bytes);
   const SceneDigest::Material digest{record, material};
-  Send(message, {true, true, true, SceneDigest::OfMaterial, &digest, false});
+  Send(message, {true, true, true, SceneDigest::OfMaterial, &digest});
 }
 
 void IpcInterface::AppendPBRMaterial(const PbrMaterialRecord& material) {
@@ -111,7 +111,7 @@ void IpcInterface::AppendPBRMaterial(const PbrMaterialRecord& material) {
             material.roughnessTexture.bytes)
       .Blob(record.normalTexture.offset, material.normalTexture.size, material.normalTexture.bytes);
   const SceneDigest::PbrMaterial digest{record, material};
-  Send(message, {true, true, true, SceneDigest::OfPbrMaterial, &digest, false});
+  Send(message, {true, true, true, SceneDigest::OfPbrMaterial, &digest});
 }
 
 void IpcInterface::AppendOmniLight(const float color[3], const float position[4]) {
@@ -122,7 +122,7 @@ void IpcInterface::AppendOmniLight(const float color[3], const float position[4]
   record.id = static_cast<std::uint32_t>(wire::CommandId::AppendOmniLight);
   std::copy_n(color, 3, record.color);
   std::copy_n(position, 3, record.position);
-  Send(CommandMessage(record), {false, true, false, SceneDigest::OfOmniLight, &record, false});
+  Send(CommandMessage(record), {false, true, false, SceneDigest::OfOmniLight, &record});
 }
 
 void IpcInterface::AppendSpotLight(const float color[3], const float position[4],
@@ -138,7 +138,7 @@ void IpcInterface::AppendSpotLight(const float color[3], const float position[4]
   std::copy_n(direction, 3, record.direction);
   record.beamAngle = beamAngle;
   record.wideBeamAngle = wideBeamAngle;
-  Send(CommandMessage(record), {false, true, false, SceneDigest::OfSpotLight, &record, false});
+  Send(CommandMessage(record), {false, true, false, SceneDigest::OfSpotLight, &record});
 }
 
 void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
@@ -169,7 +169,7 @@ void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
   message.Blob(record.vertexOffset, vertexBlock.size, vertices)
       .Blob(record.triangleOffset, triangleBlock.size, triangles);
   const SceneDigest::Mesh digest{record, vertexBlock, triangleBlock};
-  Send(message, {true, true, true, SceneDigest::OfMesh, &digest, false});
+  Send(message, {true, true, true, SceneDigest::OfMesh, &digest});
 }
 
 void IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[16],
@@ -180,7 +180,7 @@ void IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[1
   record.meshId = meshId;
   std::copy_n(transform, 16, record.transform);
   record.cacheKey = cacheKey;
-  Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record, false});
+  Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record});
 }
 
 void IpcInterface::InstanciateMeshBatch(const std::vector<std::uint64_t>& ownerIds) {
@@ -189,7 +189,7 @@ void IpcInterface::InstanciateMeshBatch(const std::vector<std::uint64_t>& ownerI
                           static_cast<std::uint32_t>(ownerIds.size()), 0};
   CommandMessage message(record);
   message.Blob(record.listOffset, ownerIds.size() * sizeof(std::uint64_t), ownerIds.data());
-  Send(message, {true, true, false, SceneDigest::OfOwners, &ownerIds, false});
+  Send(message, {true, true, false, SceneDigest::OfOwners, &ownerIds});
 }
 
 void IpcInterface::AppendCachedMaterials(
@@ -200,7 +200,7 @@ void IpcInterface::AppendCachedMaterials(
   CommandMessage message(record);
   message.Blob(record.listOffset, references.size() * sizeof(wire::CachedMaterialReference),
                references.data());
-  Send(message, {true, true, false, SceneDigest::OfCachedMaterials, &references, false});
+  Send(message, {true, true, false, SceneDigest::OfCachedMaterials, &references});
 }
 
 void IpcInterface::UpdateInstanceTransform(std::uint64_t ownerId, const float transform[16]) {

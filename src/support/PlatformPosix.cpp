@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <ctime>
 
 #include "support/Files.h"
 
@@ -10,6 +11,18 @@ namespace quellix {
 
 std::uint32_t CurrentProcessId() {
   return static_cast<std::uint32_t>(::getpid());
+}
+
+std::uint64_t CoarseTick() {
+#ifdef CLOCK_MONOTONIC_COARSE
+  constexpr clockid_t kClock = CLOCK_MONOTONIC_COARSE;
+#else
+  constexpr clockid_t kClock = CLOCK_MONOTONIC;
+#endif
+  timespec time{};
+  ::clock_gettime(kClock, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+         static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000 + 1;
 }
 
 std::tm LocalTime(std::time_t time) {
