@@ -92,8 +92,9 @@ void IpcInterface::Send(const CommandMessage& message, const SendTraits& traits)
     Hold(message, traits);
     return;
   }
-  // The renderer may have died during that wait; whoever waits for its event died with it.
-  if (!FlushPending() && !IsAlive()) return;
+  // The renderer may have died, or said that it quits, during that wait.
+  const bool completed = FlushPending();
+  if (ended || (!completed && !IsAlive())) return;
   if (traits.isProgress && !AdmitProgress(message.Record())) return;
   if (traits.grows) {
     if (traits.countBytes && PerfLogEnabled()) StatsAddBytes(message.Id(), message.Size());
@@ -195,9 +196,9 @@ bool IpcInterface::WaitCompletion() {
   return completed;
 }
 
-// False when what was in flight was not completed.
+// False when something was waited for and not seen completed, so that the renderer may be gone.
 bool IpcInterface::FlushPending() {
-  const bool completed = AwaitOutstanding();
+  const bool completed = AwaitOutstanding() && !anyHeld;
   SendHeld();
   return completed;
 }

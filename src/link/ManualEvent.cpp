@@ -104,6 +104,7 @@ bool ManualEvent::Reset() {
   if (!LockBounded()) return false;
   std::atomic_ref<std::uint32_t>(state->signaled).store(0, std::memory_order_release);
   state->mutex.unlock();
+  waitingSince.store(kNotWaiting, std::memory_order_relaxed);
   return true;
 }
 
@@ -122,8 +123,9 @@ bool ManualEvent::ConfirmSignaled() {
 // The waiter watches the flag and sleeps in between instead of sleeping on the condition: a thread
 // that wakes from the condition must take the mutex again, without a time limit, and where mutexes
 // are not robust it would hang for ever behind a peer that was killed with it. Sleeps grow with the
-// time already waited, so that a long wait costs little and a short one is seen early. Whoever
-// waits on the other side may use the condition: Set notifies it.
+// time already waited, also in waits before that ended without the event, so that a long wait costs
+// little and a short one is seen early. Whoever waits on the other side may use the condition: Set
+// notifies it.
 bool ManualEvent::Wait(std::uint32_t timeoutMs) {
   // The first looks come without a clock, which costs more than they do.
   const int looks = timeoutMs == 0 ? 1 : kClocklessLooks;
@@ -136,8 +138,14 @@ bool ManualEvent::Wait(std::uint32_t timeoutMs) {
   const Clock::time_point deadline = timeoutMs == kInfinite
                                          ? Clock::time_point::max()
                                          : start + std::chrono::milliseconds(timeoutMs);
+  const Clock::rep before = waitingSince.load(std::memory_order_relaxed);
+  if (before != kNotWaiting) {
+    return SleepUntil(Clock::time_point(Clock::duration(before)), deadline);
+  }
   const Clock::time_point watchEnd = std::min<Clock::time_point>(deadline, start + WatchTime());
-  return WatchUntil(start, watchEnd) ? ConfirmSignaled() : SleepUntil(start, deadline);
+  if (WatchUntil(start, watchEnd)) return ConfirmSignaled();
+  waitingSince.store(start.time_since_epoch().count(), std::memory_order_relaxed);
+  return SleepUntil(start, deadline);
 }
 
 bool ManualEvent::WatchUntil(Clock::time_point start, Clock::time_point end) const {
@@ -149,14 +157,14 @@ bool ManualEvent::WatchUntil(Clock::time_point start, Clock::time_point end) con
   return true;
 }
 
-bool ManualEvent::SleepUntil(Clock::time_point start, Clock::time_point deadline) {
-  constexpr std::chrono::nanoseconds kLongestNap = std::chrono::milliseconds(2);
+bool ManualEvent::SleepUntil(Clock::time_point since, Clock::time_point deadline) {
+  constexpr std::chrono::nanoseconds kLongestNap = std::chrono::milliseconds(3);
   for (;;) {
     if (LooksSignaled() && ConfirmSignaled()) return true;
     const Clock::time_point now = Clock::now();
     if (now >= deadline) return false;
     const std::chrono::nanoseconds nap = std::clamp<std::chrono::nanoseconds>(
-        (now - start) / 4, std::chrono::microseconds(10), kLongestNap);
+        (now - since) / 4, std::chrono::microseconds(10), kLongestNap);
     std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(nap, deadline - now));
   }
 }

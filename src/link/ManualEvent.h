@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -59,17 +60,20 @@ class ManualEvent {
               wire::EventState* eventState, PeerAlive alive);
 
   using Clock = std::chrono::steady_clock;
+  static constexpr Clock::rep kNotWaiting = 0;
 
   bool LockBounded();
   bool LooksSignaled() const;
   bool ConfirmSignaled();
   bool WatchUntil(Clock::time_point start, Clock::time_point end) const;
-  bool SleepUntil(Clock::time_point start, Clock::time_point deadline);
+  bool SleepUntil(Clock::time_point since, Clock::time_point deadline);
 
   std::string name;
   boost::interprocess::managed_shared_memory segment;
   wire::EventState* state;
   PeerAlive peerAlive;
+  // When the waits began that have ended without the event so far.
+  std::atomic<Clock::rep> waitingSince{kNotWaiting};
   std::optional<ObjectIdentity> identity;
 };
 
