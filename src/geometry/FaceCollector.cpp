@@ -56,9 +56,15 @@ void FaceCollector::Clear() {
   edgeIndexes.Clear();
   faces.Clear();
   edges.Clear();
-  manyFaces.clear();
-  cornerMemory.release();
+  memory.release();
   fans.Clear();
+}
+
+void FaceCollector::Reserve(std::uint64_t faceCount) {
+  // Four corners a face and two faces an edge would be two; not all are welded.
+  constexpr std::uint64_t kEdgesPerFace = 3;
+  faceIndexes.Reserve(faceCount);
+  edgeIndexes.Reserve(kEdgesPerFace * faceCount);
 }
 
 std::uint32_t FaceCollector::FaceIndex(SUFaceRef su_face) {
@@ -92,11 +98,17 @@ void FaceCollector::Collect(std::uint32_t face) {
     const GateGuard gate = GateAcquire(Gate::FaceData);
     if (!ReadFace(data)) return;
   }
+  // Each look-up ends at the edge's own record, which is fetched while the others are looked for.
+  for (std::size_t l = 0; l < loopsRead; ++l) {
+    for (const SUEdgeRef su_edge : loopScratch[l].edges) {
+      edgeIndexes.PrefetchEntry(HandleKey(su_edge), [this](std::uint32_t i) { return &edges[i]; });
+    }
+  }
   edgeScratch.clear();
   for (std::size_t l = 0; l < loopsRead; ++l) {
     for (const SUEdgeRef su_edge : loopScratch[l].edges) edgeScratch.push_back(EdgeIndex(su_edge));
   }
-  data.Pack({loopScratch.data(), loopsRead}, edgeScratch, cornerMemory);
+  data.Pack({loopScratch.data(), loopsRead}, edgeScratch, memory);
   ReadEdges(face);
   data.valid = 1;
 }
@@ -167,17 +179,15 @@ void FaceCollector::ReadEdge(EdgeData& edge, SUEdgeRef su_edge, std::uint32_t fa
   if (SUEdgeGetFaces(su_edge, count, su_faceScratch.data(), &count) != SU_ERROR_NONE) return;
   if (count < su_faceScratch.size()) su_faceScratch.resize(count);
   edge.faceCount = static_cast<std::uint32_t>(su_faceScratch.size()) & 0x3fffffffu;
-  const bool many = su_faceScratch.size() > 2;
-  if (many) edge.faces[0] = static_cast<std::uint32_t>(manyFaces.size());
+  std::uint32_t* indexes = edge.faces;
+  if (su_faceScratch.size() > 2) {
+    indexes = std::pmr::polymorphic_allocator<std::uint32_t>(&memory).allocate(edge.faceCount);
+    edge.manyFaces = indexes;
+  }
   const SUFaceRef su_own = faces[face].su_face;
   for (std::size_t i = 0; i < su_faceScratch.size(); ++i) {
     const SUFaceRef su_face = su_faceScratch[i];
-    const std::uint32_t index = SUAreEqual(su_face, su_own) ? face : FaceIndex(su_face);
-    if (many) {
-      manyFaces.push_back(index);
-    } else {
-      edge.faces[i] = index;
-    }
+    indexes[i] = SUAreEqual(su_face, su_own) ? face : FaceIndex(su_face);
   }
 }
 
@@ -196,9 +206,7 @@ std::uint32_t FaceCollector::CollectSmoothingGroup(SUFaceRef su_face) {
     stack.pop_back();
     if (!face.valid) continue;
     for (const std::uint32_t edge : face.Edges()) {
-      // Collecting a face may move the lists of other edges, so each entry is looked up anew.
-      for (std::size_t i = 0; i < FacesAt(edge).size(); ++i) {
-        const std::uint32_t neighbour = FacesAt(edge)[i];
+      for (const std::uint32_t neighbour : FacesAt(edge)) {
         if (faces[neighbour].visited) continue;
         faces[neighbour].visited = 1;
         Collect(neighbour);

@@ -18,8 +18,10 @@ namespace quellix {
 // however often it is met. Faces and edges have indexes here, in the order in which they are first
 // met; an index is good until Clear.
 //
-// No locks except in the fan cache: whoever collects excludes every other user. Reading (all const
-// operations) may go on in several threads.
+// No locks except in the fan cache: whoever collects excludes everyone else who collects or looks
+// handles up. What was collected stays as it is, so a thread that learnt of a collected smoothing
+// group may read its faces and edges also while others are collected; all other const operations
+// may go on in several threads while nobody collects.
 class FaceCollector {
  public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
@@ -29,6 +31,9 @@ class FaceCollector {
   FaceCollector& operator=(const FaceCollector&) = delete;
 
   void Clear();
+
+  // Makes room for looking up so many faces and the edges that a building's faces have.
+  void Reserve(std::uint64_t faceCount);
 
   // Reads a face, its loops, openings and the smooth flags of its edges, unless that was done. The
   // result stays at its place until Clear; it may be not valid: a plane without direction or an
@@ -55,20 +60,23 @@ class FaceCollector {
   // The faces at a smooth edge in the host's order; none for another edge.
   std::span<const std::uint32_t> FacesAt(std::uint32_t edge) const {
     const EdgeData& data = edges[edge];
-    return {data.faceCount > 2 ? &manyFaces[data.faces[0]] : data.faces, data.faceCount};
+    return {data.faceCount > 2 ? data.manyFaces : data.faces, data.faceCount};
   }
 
   SmoothFans& Fans() const { return fans; }
 
  private:
-  // A smooth edge's faces stand here when there are one or two of them, else in `manyFaces` from
-  // index faces[0] on.
+  // A smooth edge's faces stand here when there are one or two of them, else in the collector's
+  // memory.
   struct EdgeData {
     std::uint64_t key = 0;
     std::uint32_t faceCount : 30 = 0;
     std::uint32_t read : 1 = 0;
     std::uint32_t smooth : 1 = 0;
-    std::uint32_t faces[2] = {0, 0};
+    union {
+      std::uint32_t faces[2] = {0, 0};
+      const std::uint32_t* manyFaces;
+    };
   };
 
   std::uint32_t FaceIndex(SUFaceRef su_face);
@@ -84,8 +92,7 @@ class FaceCollector {
   HandleIndex edgeIndexes;
   BlockList<FaceData> faces;
   BlockList<EdgeData> edges;
-  std::vector<std::uint32_t> manyFaces;
-  std::pmr::monotonic_buffer_resource cornerMemory;
+  std::pmr::monotonic_buffer_resource memory;
   mutable SmoothFans fans;
 
   // Reused from face to face.

@@ -101,15 +101,10 @@ void EvaluateUv(const UvHelpers& uvHelpers, std::span<const Point> points, FaceW
   work.backUv = Keep(scratch.backUv, chunk.uv);
 }
 
-void BuildOwnMesh(const FaceCollector& collector, std::shared_mutex* lock, FaceWork& work,
-                  FaceChunk& chunk) {
+void BuildOwnMesh(const FaceCollector& collector, FaceWork& work, FaceChunk& chunk) {
   if (work.face == FaceCollector::kNone) return;
   TessMesh& mesh = ThreadScratch().mesh;
-  {
-    std::shared_lock<std::shared_mutex> reading;
-    if (lock != nullptr) reading = std::shared_lock(*lock);
-    if (!TessellateFace(collector, work.face, mesh)) return;
-  }
+  if (!TessellateFace(collector, work.face, mesh)) return;
   const std::size_t points = mesh.positions.size();
   AddMesh(mesh, UvFrom(chunk, work.frontUv, points), UvFrom(chunk, work.backUv, points), work,
           chunk);

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <shared_mutex>
 #include <span>
 #include <vector>
 
@@ -74,9 +73,8 @@ void EvaluateUv(const UvHelpers& uvHelpers, std::span<const Point> points, FaceW
                 FaceChunk& chunk);
 
 // Adds the own triangulation of a collected face to its chunk's mesh; leaves it not done when there
-// is none. The collector is read under `lock`, which may be null when nobody writes. No host calls.
-void BuildOwnMesh(const FaceCollector& collector, std::shared_mutex* lock, FaceWork& work,
-                  FaceChunk& chunk);
+// is none. Others may collect meanwhile. No host calls.
+void BuildOwnMesh(const FaceCollector& collector, FaceWork& work, FaceChunk& chunk);
 
 // The same with the triangulation of the host's mesh helper, and texture coordinates at its points.
 void BuildHelperMesh(FaceWork& work, FaceChunk& chunk);

@@ -13,7 +13,7 @@ bool GeometryExport::Run(SUEntitiesRef su_root, bool reload, const GeometryWalks
     ~EndOnExit() { geometry.EndPath(); }
   };
   const EndOnExit end{*this};
-  faceCounts.clear();
+  faceCounts = {};
   sender.totalFaces = 0;
   sender.facesDone = 0;
   geometryPass = 0;
@@ -23,6 +23,7 @@ bool GeometryExport::Run(SUEntitiesRef su_root, bool reload, const GeometryWalks
     sender.totalFaces = CountPolygons(su_root, faceCounts);
     LogLine("CountPolygons: %.1f ms (faces=%ld)", NowMs() - start,
             static_cast<long>(sender.totalFaces));
+    collector.Reserve(faceCounts.distinct);
   }
   walks.firstPass();
   geometryPass = 1;

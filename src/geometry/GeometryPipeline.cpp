@@ -134,7 +134,7 @@ void GeometryPipeline::BuildMeshes(GeoMeshJob& job, FaceChunk& chunk) {
   try {
     for (FaceWork& work : chunk.faces) {
       if (failed) break;
-      BuildOwnMesh(collector, &collectorLock, work, chunk);
+      BuildOwnMesh(collector, work, chunk);
       if (!work.done) BuildHelperMesh(work, chunk);
     }
   } catch (...) {
@@ -167,12 +167,12 @@ void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
       all = all && visited;
       if (visited && collector.Face(face).Valid()) work.face = face;
     }
-    if (all) ReserveOwnMesh(collector, chunk);
   }
-  if (all) return;
-  const auto writing =
-      LockTimed<std::unique_lock<std::shared_mutex>>(collectorLock, Waits().collectorLock);
-  for (FaceWork& work : chunk.faces) work.face = collector.CollectSmoothingGroup(work.su_face);
+  if (!all) {
+    const auto writing =
+        LockTimed<std::unique_lock<std::shared_mutex>>(collectorLock, Waits().collectorLock);
+    for (FaceWork& work : chunk.faces) work.face = collector.CollectSmoothingGroup(work.su_face);
+  }
   ReserveOwnMesh(collector, chunk);
 }
 
@@ -181,10 +181,7 @@ void GeometryPipeline::EvaluateTextures(FaceChunk& chunk) {
   std::vector<Point> points;
   for (FaceWork& work : chunk.faces) {
     if (!work.uvHelpers.HasAny()) continue;
-    {
-      const std::shared_lock reading(collectorLock);
-      if (!collector.GatherFacePoints(work.face, points)) continue;
-    }
+    if (!collector.GatherFacePoints(work.face, points)) continue;
     EvaluateUv(work.uvHelpers, points, work, chunk);
     work.uvHelpers = {};
   }

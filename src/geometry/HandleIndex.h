@@ -24,6 +24,27 @@ class HandleIndex {
 #endif
   }
 
+  // The same for the thing that the handle probably stands for; `addressOf(index)` tells where it
+  // is.
+  template <class AddressOf>
+  void PrefetchEntry(std::uint64_t key, AddressOf&& addressOf) const {
+#if defined(__GNUC__)
+    if (slots.empty()) return;
+    const std::uint32_t tag = TagOf(key);
+    const Slot& slot = slots[Place(tag)];
+    if (slot.tag == tag && slot.index != kNone) __builtin_prefetch(addressOf(slot.index), 1);
+#endif
+  }
+
+  // Makes room for so many handles.
+  void Reserve(std::uint64_t handles) {
+    unsigned wanted = bits;
+    while (wanted < kTagBits - 1 && (std::uint64_t{kUsedParts} << wanted) < handles * kFullParts) {
+      ++wanted;
+    }
+    if (wanted > bits || slots.empty()) Resize(wanted);
+  }
+
   // kNone for a handle that is not there.
   template <class KeyAt>
   std::uint32_t Find(std::uint64_t key, KeyAt&& keyAt) const {
@@ -33,7 +54,9 @@ class HandleIndex {
   // The handle's index. One that is not there gets `next`, and the caller then lists it there.
   template <class KeyAt>
   std::uint32_t FindOrInsert(std::uint64_t key, std::uint32_t next, KeyAt&& keyAt) {
-    if (count * kFullParts >= slots.size() * kUsedParts) Grow();
+    if (count * kFullParts >= slots.size() * kUsedParts) {
+      Resize(slots.empty() ? kFirstBits : bits + 1);
+    }
     const std::uint32_t tag = TagOf(key);
     Slot& slot = slots[SlotOf(tag, key, keyAt)];
     if (slot.index != kNone) return slot.index;
@@ -73,8 +96,8 @@ class HandleIndex {
     }
   }
 
-  void Grow() {
-    bits = slots.empty() ? kFirstBits : bits + 1;
+  void Resize(unsigned newBits) {
+    bits = newBits;
     std::vector<Slot> old(std::size_t{1} << bits);
     old.swap(slots);
     const std::size_t mask = slots.size() - 1;

@@ -29,7 +29,7 @@ Chunks Gather(FaceCollector& collector, const FaceSource& source) {
 
 void Triangulate(const FaceCollector& collector, FaceChunk& chunk) {
   ReserveOwnMesh(collector, chunk);
-  for (FaceWork& work : chunk.faces) BuildOwnMesh(collector, nullptr, work, chunk);
+  for (FaceWork& work : chunk.faces) BuildOwnMesh(collector, work, chunk);
 }
 
 // Tasks refer to the chunks, so an error here too must leave none running. The last chunk is done

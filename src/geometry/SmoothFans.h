@@ -17,7 +17,7 @@ class FaceCollector;
 
 // The faces around a vertex with very many of them, kept once per vertex. Each of those faces asks
 // for its normal there; walking all of them for every one would take time quadratic in their
-// number. Any thread, while nothing is collected.
+// number. Any thread, for faces of a smoothing group that it knows to be collected.
 class SmoothFans {
  public:
   // The angle-weighted sum, at `su_vertex`, of the normals of all faces that chains of smooth
