@@ -44,7 +44,7 @@ const std::vector<SUFaceRef>& Faces() {
 }
 
 // Into a buffer as an export fills it: not touched before, grown as it goes.
-void AppendOwn(const FaceCollector& collector, std::uint32_t face, TessMesh& mesh,
+void AppendOwn(FaceCollector& collector, std::uint32_t face, TessMesh& mesh,
                MeshBuffer& buffer) {
   if (!TessellateFace(collector, face, mesh)) return;
   AppendFace({mesh.positions, mesh.normals, mesh.indexes, {}, {}, 0, 1}, glm::mat4(1.0f), buffer);

@@ -44,16 +44,18 @@ bool ReadLoop(SULoopRef su_loop, LoopData& loop) {
   return true;
 }
 
+std::size_t FaceData::BlockBytes(std::size_t corners, std::size_t loops) {
+  const std::size_t perCorner =
+      sizeof(Point) + sizeof(SUVertexRef) + sizeof(std::uint32_t) * (HasOrder(corners) ? 2 : 1);
+  return corners * perCorner + loops * sizeof(std::uint32_t);
+}
+
 void FaceData::Pack(std::span<const LoopData> loops, std::span<const std::uint32_t> edges,
-                    std::pmr::memory_resource& memory) {
-  loopCount = static_cast<std::uint32_t>(loops.size()) & 0x0fffffffu;
+                    std::byte* block) {
+  loopCount = static_cast<std::uint32_t>(loops.size()) & 0x1fffffffu;
   cornerCount = static_cast<std::uint32_t>(edges.size());
   const std::size_t n = cornerCount;
-  const std::size_t perCorner =
-      sizeof(Point) + sizeof(SUVertexRef) + sizeof(std::uint32_t) * (HasOrder() ? 2 : 1);
-  const std::size_t bytes = n * perCorner + loops.size() * sizeof(std::uint32_t);
-  auto* place = static_cast<std::byte*>(memory.allocate(bytes, alignof(Point)));
-
+  std::byte* place = block;
   positions = Carve<Point>(place, n);
   SUVertexRef* su_vertices = Carve<SUVertexRef>(place, n);
   std::uint32_t* edgeIndexes = Carve<std::uint32_t>(place, n);
@@ -69,7 +71,7 @@ void FaceData::Pack(std::span<const LoopData> loops, std::span<const std::uint32
   }
   std::copy(edges.begin(), edges.end(), edgeIndexes);
 
-  if (HasOrder()) {
+  if (HasOrder(n)) {
     std::uint32_t* order = Carve<std::uint32_t>(place, n);
     std::iota(order, order + n, 0u);
     const std::span<const SUVertexRef> su_all = Vertices();
@@ -83,7 +85,7 @@ void FaceData::Pack(std::span<const LoopData> loops, std::span<const std::uint32
 bool FaceData::FindRepeats() const {
   const std::span<const SUVertexRef> su_vertices = Vertices();
   const auto same = [](SUVertexRef a, SUVertexRef b) { return SUAreEqual(a, b); };
-  if (HasOrder()) {
+  if (HasOrder(cornerCount)) {
     const std::span<const std::uint32_t> order = CornersByVertex();
     return std::adjacent_find(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
              return same(su_vertices[a], su_vertices[b]);

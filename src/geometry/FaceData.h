@@ -1,11 +1,11 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <memory_resource>
 #include <span>
 #include <vector>
 
@@ -43,9 +43,7 @@ class FaceData {
   };
 
   SUFaceRef Handle() const { return su_face; }
-  // A face is read at most once in an export, whether that succeeds or not.
-  bool Started() const { return started; }
-  // Only a valid face has loops and a normal.
+  // Only a valid face has loops and a normal. For a face that is read.
   bool Valid() const { return valid; }
   // A walk over a smoothing group has reached the face.
   bool Visited() const { return visited; }
@@ -91,11 +89,17 @@ class FaceData {
   // vertex does not take longer the larger the outline is.
   static constexpr std::size_t kSearchedCorners = 32;
 
-  // Takes the corners over into a block of `memory`; `edges` are the collector's indexes.
+  // A face is read at most once in an export, whether that succeeds or not, by whoever finds it
+  // unread first. What it has is there for every thread that has seen it read.
+  enum class State : std::uint8_t { Unread, Reading, Read };
+
+  // The bytes that corners of so many loops take.
+  static std::size_t BlockBytes(std::size_t corners, std::size_t loops);
+  // Takes the corners over into a block of that size; `edges` are the collector's indexes.
   void Pack(std::span<const LoopData> loops, std::span<const std::uint32_t> edges,
-            std::pmr::memory_resource& memory);
+            std::byte* block);
   bool FindRepeats() const;
-  bool HasOrder() const { return cornerCount > kSearchedCorners; }
+  static bool HasOrder(std::size_t corners) { return corners > kSearchedCorners; }
   const std::uint32_t* LoopEnds() const { return Edges().data() + cornerCount; }
   std::span<const std::uint32_t> CornersByVertex() const;
   LoopRange LoopOfMany(std::size_t corner) const;
@@ -107,17 +111,17 @@ class FaceData {
   Point* positions = nullptr;
   std::unique_ptr<std::vector<std::vector<Point>>> openings;
   std::uint32_t cornerCount = 0;
-  std::uint32_t loopCount : 28 = 0;
+  std::uint32_t loopCount : 29 = 0;
   std::uint32_t repeated : 1 = 0;
-  std::uint32_t started : 1 = 0;
   std::uint32_t valid : 1 = 0;
   std::uint32_t visited : 1 = 0;
+  std::atomic<State> state{State::Unread};
 };
 
 template <class Visit>
 void FaceData::ForEachCornerAt(SUVertexRef su_vertex, Visit&& visit) const {
   const std::span<const SUVertexRef> su_vertices = Vertices();
-  if (!HasOrder()) {
+  if (!HasOrder(cornerCount)) {
     for (std::size_t i = 0; i < su_vertices.size(); ++i) {
       if (SUAreEqual(su_vertices[i], su_vertex)) visit(i);
     }

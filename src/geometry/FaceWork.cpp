@@ -101,7 +101,7 @@ void EvaluateUv(const UvHelpers& uvHelpers, std::span<const Point> points, FaceW
   work.backUv = Keep(scratch.backUv, chunk.uv);
 }
 
-void BuildOwnMesh(const FaceCollector& collector, FaceWork& work, FaceChunk& chunk) {
+void BuildOwnMesh(FaceCollector& collector, FaceWork& work, FaceChunk& chunk) {
   if (work.face == FaceCollector::kNone) return;
   TessMesh& mesh = ThreadScratch().mesh;
   if (!TessellateFace(collector, work.face, mesh)) return;

@@ -73,8 +73,8 @@ void EvaluateUv(const UvHelpers& uvHelpers, std::span<const Point> points, FaceW
                 FaceChunk& chunk);
 
 // Adds the own triangulation of a collected face to its chunk's mesh; leaves it not done when there
-// is none. Others may collect meanwhile. No host calls.
-void BuildOwnMesh(const FaceCollector& collector, FaceWork& work, FaceChunk& chunk);
+// is none. No host calls where the face's smoothing group is collected.
+void BuildOwnMesh(FaceCollector& collector, FaceWork& work, FaceChunk& chunk);
 
 // The same with the triangulation of the host's mesh helper, and texture coordinates at its points.
 void BuildHelperMesh(FaceWork& work, FaceChunk& chunk);

@@ -23,13 +23,13 @@ struct FanFace {
 // `isNew(face)` tells a face not met before and remembers it; `visit(fanFace)` gets each valid face
 // and returns false to stop the walk. False when the walk was stopped.
 template <class IsNew, class Visit>
-bool WalkFan(const FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex,
-             IsNew&& isNew, Visit&& visit) {
+bool WalkFan(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex, IsNew&& isNew,
+             Visit&& visit) {
   boost::container::small_vector<std::uint32_t, 64> stack;
   isNew(face);
   stack.push_back(face);
   while (!stack.empty()) {
-    const FaceData& data = collector.Face(stack.back());
+    const FaceData& data = collector.ReadFace(stack.back());
     stack.pop_back();
     if (!data.Valid()) continue;
     const auto follow = [&](std::uint32_t edge) {

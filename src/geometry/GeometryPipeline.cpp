@@ -14,8 +14,6 @@ namespace {
 // A walk that found as many chunks as may be goes on when so many are left, instead of being woken
 // for each.
 constexpr std::size_t kResumeChunks = 96;
-// So many chunks at most wait for the walk; more the pool does itself.
-constexpr std::size_t kMaxCollected = 16;
 
 }  // namespace
 
@@ -82,66 +80,56 @@ void GeometryPipeline::Submit(std::unique_ptr<FaceChunk> chunk) {
   }
 }
 
-// Makes meshes, and waits where there is nothing to make them of, until so few chunks are left.
+// Does what the pool would do, and waits where nothing is left for it to begin, until so few chunks
+// are unfinished.
 void GeometryPipeline::Help(std::size_t untilChunks) {
-  std::unique_lock lock(throttleMutex);
-  walkHelps = true;
+  const auto enough = [&] { return chunksInFlight <= untilChunks || failed; };
   for (;;) {
     {
-      const ScopedTiming timing(Waits().chunkBound, collected.empty());
-      chunkChanged.wait(
-          lock, [&] { return !collected.empty() || chunksInFlight <= untilChunks || failed; });
+      const std::lock_guard lock(throttleMutex);
+      if (enough()) return;
     }
-    if (collected.empty()) break;
-    const Collected next = std::move(collected.front());
-    collected.pop_front();
-    lock.unlock();
-    BuildMeshes(*next.job, *next.chunk);
-    lock.lock();
+    if (pool.RunOne()) continue;
+    std::unique_lock lock(throttleMutex);
+    const ScopedTiming timing(Waits().chunkBound);
+    chunkChanged.wait(lock, enough);
   }
-  walkHelps = false;
 }
 
 void GeometryPipeline::ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk) {
   NameThreadOnce("geo pool");
   try {
-    if (!failed) {
-      CollectFaces(chunk);
-      EvaluateTextures(chunk);
-      if (HandOver(job, chunk)) return;
-    }
-  } catch (...) {
-    Fail(std::current_exception());
-  }
-  BuildMeshes(*job, chunk);
-}
-
-// To the walk, if that waits. Faces that only the host can triangulate stay here.
-bool GeometryPipeline::HandOver(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk) {
-  for (const FaceWork& work : chunk.faces) {
-    if (work.face == FaceCollector::kNone) return false;
-  }
-  const std::lock_guard lock(throttleMutex);
-  if (!walkHelps || collected.size() >= kMaxCollected) return false;
-  collected.push_back({job, &chunk});
-  chunkChanged.notify_one();
-  return true;
-}
-
-// What is left of a chunk's way once the host has told all: no more host calls, except for faces
-// without an own triangulation.
-void GeometryPipeline::BuildMeshes(GeoMeshJob& job, FaceChunk& chunk) {
-  try {
-    for (FaceWork& work : chunk.faces) {
-      if (failed) break;
-      BuildOwnMesh(collector, work, chunk);
-      if (!work.done) BuildHelperMesh(work, chunk);
-    }
+    if (!failed) CollectFaces(chunk);
+    if (!failed) EvaluateTextures(chunk);
+    if (!failed) BuildMeshes(chunk);
   } catch (...) {
     Fail(std::current_exception());
   }
   chunk.DropFaces();
-  EndChunk(job);
+  EndChunk(*job);
+}
+
+void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
+  for (FaceWork& work : chunk.faces) work.face = collector.CollectFace(work.su_face);
+}
+
+// A face that is not valid keeps its helpers for the host's triangulation.
+void GeometryPipeline::EvaluateTextures(FaceChunk& chunk) {
+  std::vector<Point> points;
+  for (FaceWork& work : chunk.faces) {
+    if (!work.uvHelpers.HasAny() || !collector.GatherFacePoints(work.face, points)) continue;
+    EvaluateUv(work.uvHelpers, points, work, chunk);
+    work.uvHelpers = {};
+  }
+}
+
+void GeometryPipeline::BuildMeshes(FaceChunk& chunk) {
+  ReserveOwnMesh(collector, chunk);
+  for (FaceWork& work : chunk.faces) {
+    if (failed) return;
+    BuildOwnMesh(collector, work, chunk);
+    if (!work.done) BuildHelperMesh(work, chunk);
+  }
 }
 
 void GeometryPipeline::EndChunk(GeoMeshJob& job) {
@@ -152,39 +140,6 @@ void GeometryPipeline::EndChunk(GeoMeshJob& job) {
   const std::lock_guard lock(throttleMutex);
   --chunksInFlight;
   if (chunksInFlight == kResumeChunks || chunksInFlight == 0) chunkChanged.notify_one();
-}
-
-// Most faces of a chunk were reached from others, or none was: one exclusive turn for all that are
-// left keeps the lock from going to and fro.
-void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
-  bool all = true;
-  {
-    const auto reading =
-        LockTimed<std::shared_lock<std::shared_mutex>>(collectorLock, Waits().collectorLock);
-    for (FaceWork& work : chunk.faces) {
-      const std::uint32_t face = collector.FindFace(work.su_face);
-      const bool visited = face != FaceCollector::kNone && collector.Face(face).Visited();
-      all = all && visited;
-      if (visited && collector.Face(face).Valid()) work.face = face;
-    }
-  }
-  if (!all) {
-    const auto writing =
-        LockTimed<std::unique_lock<std::shared_mutex>>(collectorLock, Waits().collectorLock);
-    for (FaceWork& work : chunk.faces) work.face = collector.CollectSmoothingGroup(work.su_face);
-  }
-  ReserveOwnMesh(collector, chunk);
-}
-
-// A face that is not valid keeps its helpers for the host's triangulation.
-void GeometryPipeline::EvaluateTextures(FaceChunk& chunk) {
-  std::vector<Point> points;
-  for (FaceWork& work : chunk.faces) {
-    if (!work.uvHelpers.HasAny()) continue;
-    if (!collector.GatherFacePoints(work.face, points)) continue;
-    EvaluateUv(work.uvHelpers, points, work, chunk);
-    work.uvHelpers = {};
-  }
 }
 
 void GeometryPipeline::CloseMesh() {

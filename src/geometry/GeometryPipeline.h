@@ -8,7 +8,6 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <thread>
 
 #include "geometry/FaceCollector.h"
@@ -22,8 +21,8 @@ namespace quellix {
 // The pipeline of one export: the walk writes down faces, a pool makes their meshes, a sender
 // thread sends them in the order of the walk.
 //
-// Where the pool is so far behind that the walk would wait, the walk makes meshes of what the pool
-// has collected; it makes none of the pool's host calls.
+// Where the pool is so far behind that the walk would wait, the walk does the pool's next task
+// instead.
 //
 // All calls are for the walk's thread, except PeaksSoFar. When a task or the sender fails, what is
 // queued is dropped, nobody goes on waiting, and the walk's next call throws the first error.
@@ -64,9 +63,8 @@ class GeometryPipeline {
   void ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk);
   void CollectFaces(FaceChunk& chunk);
   void EvaluateTextures(FaceChunk& chunk);
-  bool HandOver(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk);
+  void BuildMeshes(FaceChunk& chunk);
   void Help(std::size_t untilChunks);
-  void BuildMeshes(GeoMeshJob& job, FaceChunk& chunk);
   void EndChunk(GeoMeshJob& job);
 
   void EnqueueSend(SendQueueEntry entry);
@@ -79,7 +77,6 @@ class GeometryPipeline {
   void ThrowIfFailed();
 
   FaceCollector& collector;
-  std::shared_mutex collectorLock;
   MeshSink& sink;
   std::shared_ptr<GeoMeshJob> currentJob;
 
@@ -90,17 +87,10 @@ class GeometryPipeline {
   bool producerDone = false;
   std::size_t peakEntries = 0;
 
-  // A chunk of which the host has told all.
-  struct Collected {
-    std::shared_ptr<GeoMeshJob> job;
-    FaceChunk* chunk;
-  };
   std::mutex throttleMutex;  // guards what follows
   std::condition_variable chunkChanged;
   std::size_t chunksInFlight = 0;
   std::size_t peakChunks = 0;
-  bool walkHelps = false;
-  std::deque<Collected> collected;  // for the walk to make meshes of
 
   std::mutex errorMutex;  // guards the error; `failed` is set after it
   std::exception_ptr firstError;

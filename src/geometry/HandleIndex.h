@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -15,12 +16,21 @@ class HandleIndex {
  public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
-  void Clear() { *this = {}; }
+  void Clear() {
+    std::vector<Slot>().swap(slots);
+    count = 0;
+    bits = kFirstBits;
+    hint = nullptr;
+    hintBits = kFirstBits;
+  }
 
-  // Brings the place of a handle nearer, for a Find or Insert soon after.
-  void Prefetch(std::uint64_t key) const {
+  // Brings the place of a handle nearer, for a Find or Insert soon after. Also while another thread
+  // inserts: then it may be the wrong place, which does no harm.
+  void Prefetch([[maybe_unused]] std::uint64_t key) const {
 #if defined(__GNUC__)
-    if (!slots.empty()) __builtin_prefetch(&slots[Place(TagOf(key))]);
+    const Slot* first = hint.load(std::memory_order_relaxed);
+    const unsigned shift = kTagBits - hintBits.load(std::memory_order_relaxed);
+    if (first != nullptr) __builtin_prefetch(first + (TagOf(key) >> shift));
 #endif
   }
 
@@ -100,6 +110,8 @@ class HandleIndex {
     bits = newBits;
     std::vector<Slot> old(std::size_t{1} << bits);
     old.swap(slots);
+    hint = slots.data();
+    hintBits = bits;
     const std::size_t mask = slots.size() - 1;
     for (const Slot& slot : old) {
       if (slot.index == kNone) continue;
@@ -112,6 +124,8 @@ class HandleIndex {
   std::vector<Slot> slots;
   std::size_t count = 0;
   unsigned bits = kFirstBits;
+  std::atomic<const Slot*> hint{nullptr};  // the slots' start and their bits, for Prefetch
+  std::atomic<unsigned> hintBits{kFirstBits};
 };
 
 }  // namespace quellix

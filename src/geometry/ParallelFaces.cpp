@@ -27,14 +27,14 @@ Chunks Gather(FaceCollector& collector, const FaceSource& source) {
   return chunks;
 }
 
-void Triangulate(const FaceCollector& collector, FaceChunk& chunk) {
+void Triangulate(FaceCollector& collector, FaceChunk& chunk) {
   ReserveOwnMesh(collector, chunk);
   for (FaceWork& work : chunk.faces) BuildOwnMesh(collector, work, chunk);
 }
 
 // Tasks refer to the chunks, so an error here too must leave none running. The last chunk is done
 // here: a collection of one costs no change of threads.
-void TriangulateAll(const FaceCollector& collector, WorkerPool& pool, Chunks& chunks) {
+void TriangulateAll(FaceCollector& collector, WorkerPool& pool, Chunks& chunks) {
   try {
     for (FaceChunk& chunk : chunks) {
       if (&chunk == &chunks.back()) break;

@@ -15,7 +15,7 @@ void SmoothFans::Clear() {
   fans.clear();
 }
 
-glm::dvec3 SmoothFans::WeightedSum(const FaceCollector& collector, std::uint32_t face,
+glm::dvec3 SmoothFans::WeightedSum(FaceCollector& collector, std::uint32_t face,
                                    SUVertexRef su_vertex) {
   const glm::dvec3 own = collector.Face(face).Normal();
   glm::dvec3 sum(0.0);
@@ -26,7 +26,7 @@ glm::dvec3 SmoothFans::WeightedSum(const FaceCollector& collector, std::uint32_t
 }
 
 // A fan stays at its place once it is built, so it can be read after the lock has gone.
-const SmoothFans::Fan& SmoothFans::FanOf(const FaceCollector& collector, std::uint32_t face,
+const SmoothFans::Fan& SmoothFans::FanOf(FaceCollector& collector, std::uint32_t face,
                                          SUVertexRef su_vertex) {
   const std::lock_guard lock(mutex);
   std::vector<std::unique_ptr<Fan>>& atVertex = fans[HandleKey(su_vertex)];
@@ -36,8 +36,8 @@ const SmoothFans::Fan& SmoothFans::FanOf(const FaceCollector& collector, std::ui
   return *atVertex.emplace_back(Build(collector, face, su_vertex));
 }
 
-std::unique_ptr<SmoothFans::Fan> SmoothFans::Build(const FaceCollector& collector,
-                                                   std::uint32_t face, SUVertexRef su_vertex) {
+std::unique_ptr<SmoothFans::Fan> SmoothFans::Build(FaceCollector& collector, std::uint32_t face,
+                                                   SUVertexRef su_vertex) {
   auto fan = std::make_unique<Fan>();
   boost::unordered_flat_set<std::uint32_t> met;
   WalkFan(

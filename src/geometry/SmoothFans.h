@@ -24,7 +24,7 @@ class SmoothFans {
   // edges at the vertex lead to from `face`, each turned to the side of that face's own normal.
   // Terms are added in an order that depends on their values alone, so that the sum does not
   // depend on which face asks first.
-  glm::dvec3 WeightedSum(const FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
+  glm::dvec3 WeightedSum(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
 
   void Clear();
 
@@ -38,8 +38,8 @@ class SmoothFans {
     std::vector<Term> terms;
   };
 
-  const Fan& FanOf(const FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
-  static std::unique_ptr<Fan> Build(const FaceCollector& collector, std::uint32_t face,
+  const Fan& FanOf(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
+  static std::unique_ptr<Fan> Build(FaceCollector& collector, std::uint32_t face,
                                     SUVertexRef su_vertex);
 
   std::mutex mutex;

@@ -82,8 +82,7 @@ void TurnAlong(const Point& normal, TessMesh& mesh) {
 }
 
 // Most corners touch no smooth edge, or nothing beyond it: no walk is needed to see that.
-void FillLoopNormals(const FaceCollector& collector, std::uint32_t face,
-                     std::vector<Point>& normals) {
+void FillLoopNormals(FaceCollector& collector, std::uint32_t face, std::vector<Point>& normals) {
   const FaceData& data = collector.Face(face);
   const std::span<const std::uint32_t> edges = data.Edges();
   const std::span<const SUVertexRef> su_vertices = data.Vertices();
@@ -100,7 +99,7 @@ void FillLoopNormals(const FaceCollector& collector, std::uint32_t face,
   }
 }
 
-void FillVertices(const FaceCollector& collector, std::uint32_t face, TessMesh& mesh) {
+void FillVertices(FaceCollector& collector, std::uint32_t face, TessMesh& mesh) {
   const FaceData& data = collector.Face(face);
   const std::span<const Point> corners = data.Positions();
   mesh.positions.assign(corners.begin(), corners.end());
@@ -120,7 +119,7 @@ void TessMesh::Clear() {
   indexes.clear();
 }
 
-bool TessellateFace(const FaceCollector& collector, std::uint32_t face, TessMesh& mesh) {
+bool TessellateFace(FaceCollector& collector, std::uint32_t face, TessMesh& mesh) {
   mesh.Clear();
   if (face == FaceCollector::kNone || !collector.Face(face).Valid()) return false;
   const FaceData& data = collector.Face(face);
@@ -135,8 +134,7 @@ bool TessellateFace(const FaceCollector& collector, std::uint32_t face, TessMesh
   return !mesh.indexes.empty();
 }
 
-Point SmoothVertexNormal(const FaceCollector& collector, std::uint32_t face,
-                         SUVertexRef su_vertex) {
+Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex) {
   const Point own = collector.Face(face).Normal();
   boost::container::small_vector<std::uint32_t, kLargeFan> met;
   Point sum(0.0);

@@ -20,16 +20,16 @@ struct TessMesh {
   void Clear();
 };
 
-// Triangulates a face for which FaceCollector::CollectSmoothingGroup has run: a convex face without
+// Triangulates a face that the collector has collected: a convex face without
 // holes as a fan, any other with an ear-clipping triangulator in the plane. Triangles turn around
 // the face's normal. False, with no indexes, for a face that is not valid or gave no triangle. No
 // host calls; any number of threads at a time, each with a mesh of its own. `face` is the index
 // that CollectSmoothingGroup gave.
-bool TessellateFace(const FaceCollector& collector, std::uint32_t face, TessMesh& mesh);
+bool TessellateFace(FaceCollector& collector, std::uint32_t face, TessMesh& mesh);
 
 // The angle-weighted mean of the normals of the faces that smooth edges at the vertex chain to
 // `face`, those that look the other way turned around. Hard edges keep the faces beyond them out.
-Point SmoothVertexNormal(const FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
+Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
 
 // Whether the ring turns left everywhere, seen with `normal` pointing at the viewer; straight
 // corners do not matter.

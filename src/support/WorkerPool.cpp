@@ -55,25 +55,37 @@ void WorkerPool::Work() {
   for (;;) {
     taskAvailable.wait(lock, [this] { return stopping || !tasks.empty(); });
     if (tasks.empty()) return;
-    Task task = std::move(tasks.front());
-    tasks.pop_front();
-    ++active;
-    lock.unlock();
-
-    std::exception_ptr error;
-    try {
-      task();
-    } catch (...) {
-      error = std::current_exception();
-    }
-    // What the task captured must be gone before the owner is told that all is idle.
-    task = nullptr;
-
-    lock.lock();
-    if (error && !firstError) firstError = error;
-    --active;
-    if (tasks.empty() && active == 0) allIdle.notify_all();
+    RunNext(lock);
   }
+}
+
+bool WorkerPool::RunOne() {
+  std::unique_lock<std::mutex> lock(mutex);
+  if (tasks.empty()) return false;
+  RunNext(lock);
+  return true;
+}
+
+// The lock is let go while the task runs.
+void WorkerPool::RunNext(std::unique_lock<std::mutex>& lock) {
+  Task task = std::move(tasks.front());
+  tasks.pop_front();
+  ++active;
+  lock.unlock();
+
+  std::exception_ptr error;
+  try {
+    task();
+  } catch (...) {
+    error = std::current_exception();
+  }
+  // What the task captured must be gone before the owner is told that all is idle.
+  task = nullptr;
+
+  lock.lock();
+  if (error && !firstError) firstError = error;
+  --active;
+  if (tasks.empty() && active == 0) allIdle.notify_all();
 }
 
 }  // namespace quellix
