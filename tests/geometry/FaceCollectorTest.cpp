@@ -1,10 +1,15 @@
 #include "geometry/FaceCollector.h"
 
+#include <atomic>
 #include <cmath>
+#include <new>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "ScriptedHost.h"
+#include "geometry/Tessellation.h"
 
 namespace quellix {
 namespace {
@@ -199,6 +204,78 @@ TEST(CollectSmoothingGroup, DoesNotGoBeyondAFaceThatIsNotValid) {
   ASSERT_NE(collector.FindFaceData(strip.faces[1]->ref()), nullptr);
   EXPECT_FALSE(collector.FindFaceData(strip.faces[1]->ref())->Valid());
   EXPECT_EQ(collector.FindFaceData(strip.faces[2]->ref()), nullptr);
+}
+
+// Squares around one another on a cylinder, so that fans of neighbours overlap everywhere.
+struct Cylinder {
+  std::vector<scripted::Face*> faces;
+
+  Cylinder(scripted::Host& host, int around, int high) {
+    std::vector<std::vector<scripted::Vertex*>> rings;
+    for (int k = 0; k <= high; ++k) {
+      rings.emplace_back();
+      for (int i = 0; i < around; ++i) {
+        const double angle = 2 * kPi * i / around;
+        rings.back().push_back(host.AddVertex({std::cos(angle), std::sin(angle), k}));
+      }
+    }
+    for (std::size_t k = 0; k + 1 < rings.size(); ++k) {
+      for (std::size_t i = 0; i < rings[k].size(); ++i) {
+        const std::size_t next = (i + 1) % rings[k].size();
+        const std::vector<scripted::Vertex*> outline = {rings[k][i], rings[k][next],
+                                                        rings[k + 1][next], rings[k + 1][i]};
+        faces.push_back(host.AddFace(outline));
+        for (std::size_t c = 0; c < 4; ++c) host.MakeSmooth(outline[c], outline[(c + 1) % 4]);
+      }
+    }
+  }
+};
+
+TEST(CollectFace, ThreadsShareTheReadingAndSeeTheSameNormals) {
+  constexpr std::size_t kThreads = 4;
+  scripted::Host host;
+  const Cylinder cylinder(host, 24, 20);
+  FaceCollector alone;
+  std::vector<TessMesh> wanted(cylinder.faces.size());
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    ASSERT_TRUE(
+        TessellateFace(alone, alone.CollectSmoothingGroup(cylinder.faces[i]->ref()), wanted[i]));
+  }
+  const int planes = host.Calls("SUFaceGetPlane");
+  const int edges = host.Calls("SUEdgeGetSmooth");
+
+  // All start at the same faces, from both ends.
+  FaceCollector shared;
+  std::atomic<int> different{0};
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      TessMesh mesh;
+      for (std::size_t k = 0; k < wanted.size(); ++k) {
+        const std::size_t i = t % 2 == 0 ? k : wanted.size() - 1 - k;
+        const std::uint32_t face = shared.CollectFace(cylinder.faces[i]->ref());
+        if (!TessellateFace(shared, face, mesh) || mesh.normals != wanted[i].normals) ++different;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(different, 0);
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 2 * planes) << "each face is read once";
+  EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), 2 * edges) << "each edge is read once";
+}
+
+// Whoever waits for a face or an edge goes on although its reader gave up.
+TEST(CollectFace, AReaderThatFailsLeavesTheFaceNotValidAndNobodyWaiting) {
+  scripted::Host host;
+  Strip strip(host, 2);
+  host.MakeSmooth(strip.low[1], strip.high[1]);
+  strip.faces[0]->onRead = [] { throw std::bad_alloc(); };
+  FaceCollector collector;
+  EXPECT_THROW(collector.CollectFace(strip.faces[0]->ref()), std::bad_alloc);
+  strip.faces[0]->onRead = nullptr;
+  EXPECT_EQ(collector.CollectFace(strip.faces[0]->ref()), FaceCollector::kNone);
+  TessMesh mesh;
+  EXPECT_TRUE(TessellateFace(collector, collector.CollectFace(strip.faces[1]->ref()), mesh));
 }
 
 }  // namespace
