@@ -20,7 +20,7 @@ help:
 	@echo "make bench SIZE=full    the same with models of 4 million faces (12 GB of memory)"
 	@echo "make soak SECONDS=n     the long tests: 500 kills of the renderer, 2,000 reloads, hostile models;"
 	@echo "                        kills and reloads end after n seconds each (1800)"
-	@echo "make fuzz SECONDS=n     what cannot be trusted under libFuzzer, n seconds a target (60); needs clang"
+	@echo "make fuzz SECONDS=n     what cannot be trusted under libFuzzer, n seconds a target (60)"
 	@echo "make env                prints where Ruby and the built folders are, for scripts"
 	@echo "PRESET=asan make test   the same tests with the address and undefined-behaviour sanitizers"
 
@@ -47,16 +47,15 @@ bench: build
 	@"$(build_dir)/bench/bench_report" "$(CURDIR)/out/bench.json" $(SIZE)
 
 soak: build
-	@for name in kill trouble hostile reload hosts; do \
+	@for name in kill trouble hostile left_out reload hosts; do \
 	  EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
 	    KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 \
 	    HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 FACE_POINTS=100000 \
 	    "$(ruby)" -W -E UTF-8 tests/soak/$${name}_test.rb || exit 1; \
 	done
 
-fuzz: setup
-	@command -v clang++ >/dev/null || \
-	  { echo "fuzz: clang++ is missing; on Debian the packages clang and libclang-rt-14-dev have it" >&2; exit 1; }
+fuzz:
+	@scripts/setup.sh fuzz
 	@cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
 	  -DCMAKE_CXX_COMPILER=clang++ -DQUELLIX_LIBFUZZER=ON \
 	  -DQUELLIX_SANITIZE=address,undefined,fuzzer-no-link >"$(CURDIR)/.deps/log/configure-fuzz.log" 2>&1 || \

@@ -1,8 +1,18 @@
 #!/usr/bin/env bash
 # Brings a Debian 12 machine to where this project builds: packages, Ruby 3.4, the triangulator.
 # Everything that is not a Debian package of the machine's own suite goes under .deps/. A step that
-# was done is not done again; a step that was broken off starts over.
+# was done is not done again; a step that was broken off starts over. With the argument "fuzz" it also
+# gets the compiler that the fuzz targets are built with.
 set -euo pipefail
+
+case "${1:-}" in
+  "") extra=() ;;
+  fuzz) extra=(clang libclang-rt-dev) ;;
+  *)
+    echo "setup: '$1' is nothing that can be set up; 'fuzz' is" >&2
+    exit 2
+    ;;
+esac
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 deps="$root/.deps"
@@ -35,7 +45,7 @@ packages=(
   libglu1-mesa-dev libosmesa6-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   zlib1g-dev libffi-dev libyaml-dev
-  assimp-testmodels
+  assimp-testmodels "${extra[@]}"
 )
 
 install_packages() {

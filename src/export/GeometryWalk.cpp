@@ -1,9 +1,13 @@
 #include "export/GeometryWalk.h"
 
+#include <glm/gtc/type_ptr.hpp>
+
 #include "export/Descent.h"
 #include "export/ImageExport.h"
 #include "export/Lists.h"
 #include "export/ReloadCaches.h"
+#include "support/Finite.h"
+#include "support/TimingLog.h"
 
 namespace quellix {
 
@@ -14,6 +18,15 @@ constexpr std::uint64_t kOutermostOwner = 0xFFFFFFFFFFFFFFFFull;
 
 bool AcceptAll(SUComponentDefinitionRef) {
   return true;
+}
+
+// Said here and not only where the mesh is sent: the definition's next placement, which may be in
+// order, must send the mesh then.
+bool HasPlace(const MeshPlacement& placement) {
+  if (AllFinite(glm::value_ptr(placement.transform), 16)) return true;
+  LogLine("left out: a placement of definition %llu, whose transform is no number",
+          static_cast<unsigned long long>(placement.meshId & ~kFacingMeshBit));
+  return false;
 }
 
 bool IsManifold(SUComponentDefinitionRef su_definition) {
@@ -70,6 +83,7 @@ void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t
   }
 
   MeshPlacement placement{meshId, params.manager->CurrentTransform(), cacheKey, manifold};
+  if (!HasPlace(placement)) return;
   bool known = false;
   {
     const std::lock_guard<std::mutex> guard(importer.lock);

@@ -11,6 +11,7 @@
 #include "export/MaterialSending.h"
 #include "export/ReloadCaches.h"
 #include "support/Switches.h"
+#include "support/TimingLog.h"
 #include "support/WorkerPool.h"
 
 namespace quellix {
@@ -56,6 +57,7 @@ class MaterialExporter {
   void Finish();
 
  private:
+  bool HeldByRenderer(const MaterialEntry& entry, std::uint32_t id, float lightPower);
   void Send(std::shared_ptr<MaterialSendJob> job);
   void ReportProgress(std::size_t position);
 
@@ -64,14 +66,32 @@ class MaterialExporter {
   SkpImporter& importer;
   const std::size_t entries;
   ReloadCaches& caches = ReloadCaches::Instance();
+  // What this export has sent or referenced so far, the default face materials first.
+  IdSet keys{MaterialKey(0, kDefaultFrontMaterialId), MaterialKey(0, kDefaultBackMaterialId)};
   // The pool ends first: its tasks give their records back.
   RecordBudget budget;
   std::optional<WorkerPool> pool;
 };
 
-void MaterialExporter::ExportImage(const MaterialEntry& entry, std::size_t position) {
-  if (!caches.UseCachedMaterial(entry.index, entry.imageKey, 0, 0.0f,
+// Then it is referenced. Several materials have one key where the host gives no ids, or the same
+// ones, or some that differ in their upper halves only: the first one is sent and the others'
+// indexes refer to it, so that every face has a material that the renderer knows.
+bool MaterialExporter::HeldByRenderer(const MaterialEntry& entry, std::uint32_t id,
+                                      float lightPower) {
+  if (!caches.UseCachedMaterial(entry.index, id, entry.textureId, lightPower,
                                 importer.cachedMaterialRefs)) {
+    return false;
+  }
+  const std::uint64_t key = MaterialKey(entry.textureId, id);
+  if (!keys.insert(key).second) {
+    LogLine("left out: the material of index %u, whose key %llu another one has", entry.index,
+            static_cast<unsigned long long>(key));
+  }
+  return true;
+}
+
+void MaterialExporter::ExportImage(const MaterialEntry& entry, std::size_t position) {
+  if (!HeldByRenderer(entry, entry.imageKey, 0.0f)) {
     auto job = budget.Take();
     if (PrepareImageMaterial(entry, *job)) Send(std::move(job));
   }
@@ -82,13 +102,11 @@ void MaterialExporter::ExportMaterial(const MaterialEntry& entry, std::size_t po
   const SUEntityRef su_entity = SUMaterialToEntity(entry.material);
   const auto materialId = static_cast<std::uint32_t>(CW::persistent_id(su_entity));
   const float lightPower = ReadLightPower(FindUsableDictionary(su_entity));
-  if (caches.UseCachedMaterial(entry.index, materialId, entry.textureId, lightPower,
-                               importer.cachedMaterialRefs)) {
-    return;
-  }
+  if (HeldByRenderer(entry, materialId, lightPower)) return;
   auto job = budget.Take();
   const bool pbr = importer.usePbr && IsPbrMaterial(entry.material);
-  if (pbr ? PreparePbrMaterial(entry, *job) : PrepareClassicMaterial(entry, *job)) {
+  if (pbr ? PreparePbrMaterial(entry, materialId, *job)
+          : PrepareClassicMaterial(entry, materialId, *job)) {
     Send(std::move(job));
   }
   ReportProgress(position);
@@ -97,6 +115,7 @@ void MaterialExporter::ExportMaterial(const MaterialEntry& entry, std::size_t po
 // The record counts as held by the renderer from here on, before its command is written.
 void MaterialExporter::Send(std::shared_ptr<MaterialSendJob> job) {
   caches.RecordMaterial(job->key);
+  keys.insert(job->key);
   if (!pool) {
     SendMaterialJob(importer.link, *job);
     return;

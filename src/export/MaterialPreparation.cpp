@@ -3,7 +3,6 @@
 #include <cmath>
 #include <utility>
 
-#include "cw/Entity.h"
 #include "cw/String.h"
 #include "export/AttributeReaders.h"
 #include "export/ReloadCaches.h"
@@ -31,14 +30,14 @@ float ReadFloat(SUAttributeDictionaryRef su_dictionary, const char* key, float c
   return FiniteFloat(ReadDouble(su_dictionary, key, static_cast<double>(current)), current);
 }
 
-void BeginJob(const MaterialEntry& entry, bool isPbr, MaterialSendJob& job) {
+void BeginJob(const MaterialEntry& entry, std::uint32_t materialId, bool isPbr,
+              MaterialSendJob& job) {
   job = MaterialSendJob();
   job.isPbr = isPbr;
   job.index = entry.index;
   job.name = CW::fetch_text(
       [&](SUStringRef* su_name) { return SUMaterialGetName(entry.material, su_name); });
-  const std::uint64_t id = CW::persistent_id(SUMaterialToEntity(entry.material));
-  job.key = MaterialKey(entry.textureId, static_cast<std::uint32_t>(id));
+  job.key = MaterialKey(entry.textureId, materialId);
 }
 
 void ReadMaterialColor(SUMaterialRef su_material, float color[3]) {
@@ -175,8 +174,9 @@ bool IsPbrMaterial(SUMaterialRef su_material) {
          workflow == SUMaterialWorkflow_PBRMetallicRoughness;
 }
 
-bool PrepareClassicMaterial(const MaterialEntry& entry, MaterialSendJob& job) {
-  BeginJob(entry, false, job);
+bool PrepareClassicMaterial(const MaterialEntry& entry, std::uint32_t materialId,
+                            MaterialSendJob& job) {
+  BeginJob(entry, materialId, false, job);
   ReadMaterialColor(entry.material, job.color);
   ReadOpacity(entry.material, job.opacity);
   if (Above(job.opacity, kOpaque)) job.opacity = 1.0f;
@@ -190,8 +190,9 @@ bool PrepareClassicMaterial(const MaterialEntry& entry, MaterialSendJob& job) {
   return true;
 }
 
-bool PreparePbrMaterial(const MaterialEntry& entry, MaterialSendJob& job) {
-  BeginJob(entry, true, job);
+bool PreparePbrMaterial(const MaterialEntry& entry, std::uint32_t materialId,
+                        MaterialSendJob& job) {
+  BeginJob(entry, materialId, true, job);
   ReadMaterialColor(entry.material, job.baseColor);
   const SUTextureRef su_texture = TextureOf(entry.material);
   job.hasBaseTexture = SUIsValid(su_texture);

@@ -12,10 +12,12 @@
 
 namespace quellix {
 
-// The two kinds of material. A texture that the scan has fetched is taken out of the entry. Always
-// true.
-bool PrepareClassicMaterial(const MaterialEntry& entry, MaterialSendJob& job);
-bool PreparePbrMaterial(const MaterialEntry& entry, MaterialSendJob& job);
+// The two kinds of material. `materialId`: the low half of the persistent id, as the caller has
+// read it to find out whether the record must be sent. A texture that the scan has fetched is taken
+// out of the entry. Always true.
+bool PrepareClassicMaterial(const MaterialEntry& entry, std::uint32_t materialId,
+                            MaterialSendJob& job);
+bool PreparePbrMaterial(const MaterialEntry& entry, std::uint32_t materialId, MaterialSendJob& job);
 
 // The material of an image entity; false when its pixels cannot be read, and there is nothing to
 // send then.

@@ -306,7 +306,7 @@ bool CollectSceneInfo(SkpImporter& importer, std::vector<MaterialEntry>& entries
 
   Scan scan(importer);
   const SUEntitiesRef su_root = RootEntitiesOf(importer.model);
-  const double start = NowMs();
+  const Stopwatch watch;
   if (importer.unifiedScan) {
     caches.childrenMap.clear();
     importer.pendingLights.clear();
@@ -314,13 +314,13 @@ bool CollectSceneInfo(SkpImporter& importer, std::vector<MaterialEntry>& entries
     scan.UnifiedScan(su_root, manager, 0, true);
     caches.childrenMapBuilt = true;
     LogLine("CollectSceneInfo: %.1f ms (materials=%d, images=%d, lights=%d, definitions=%d)",
-            NowMs() - start, static_cast<int>(scan.materials.size()),
+            watch.Ms(), static_cast<int>(scan.materials.size()),
             static_cast<int>(scan.images.size()), static_cast<int>(importer.pendingLights.size()),
             static_cast<int>(caches.childrenMap.size()));
   } else {
     scan.CollectMaterials(su_root, 0);
     scan.CollectImages(su_root, 0);
-    LogLine("CollectMaterials: %.1f ms (materials=%d, images=%d)", NowMs() - start,
+    LogLine("CollectMaterials: %.1f ms (materials=%d, images=%d)", watch.Ms(),
             static_cast<int>(scan.materials.size()), static_cast<int>(scan.images.size()));
   }
   PreExportMaterials(importer, scan, entries);

@@ -78,7 +78,7 @@ bool SkpImporter::Abandoned(std::uint32_t& steps) {
 
 bool SkpImporter::ExportModel() {
   const BusyCursor cursor;
-  const double start = NowMs();
+  const Stopwatch whole;
   ResetDiagnostics();
 
   SUTextureWriterCreate(&textureWriter);
@@ -86,16 +86,15 @@ bool SkpImporter::ExportModel() {
   SendText("Exporting materials and surfaces...");
   link.SetProgress(0.0f);
 
-  const double scanStart = NowMs();
+  const Stopwatch scan;
   std::vector<MaterialEntry> entries;
   CollectSceneInfo(*this, entries);
-  LogLine("PreExportMaterials: %.1f ms (entries=%d)", NowMs() - scanStart,
-          static_cast<int>(entries.size()));
+  LogLine("PreExportMaterials: %.1f ms (entries=%d)", scan.Ms(), static_cast<int>(entries.size()));
 
   RunWorkers(entries);
 
   SendLights();
-  WriteSummary(start);
+  WriteSummary(whole);
   DigestDump(reload);
   WriteValidationSummary(reload);
 
@@ -126,19 +125,19 @@ void SkpImporter::RunWorkers(const std::vector<MaterialEntry>& entries) {
   WorkerThreads workers;
   workers.Start([this, &entries] {
     NameThreadOnce("thMat");
-    const double start = NowMs();
+    const Stopwatch watch;
     ExportMaterials(*this, entries);
-    LogLine("thMat ExportMaterials: %.1f ms", NowMs() - start);
+    LogLine("thMat ExportMaterials: %.1f ms", watch.Ms());
   });
   workers.Start([this] {
     NameThreadOnce("thGeo");
-    const double start = NowMs();
+    const Stopwatch watch;
     GeometryWalk walk(*this);
     geometry.Run(RootEntitiesOf(model), reload,
                  {[&walk] { walk.FirstPass(); }, [&walk] { walk.SecondPass(); },
                   [this] { return ContainsImages(RootEntitiesOf(model)); }},
                  cachedGeometryPids);
-    LogLine("thGeo ExportGeometry: %.1f ms", NowMs() - start);
+    LogLine("thGeo ExportGeometry: %.1f ms", watch.Ms());
   });
   workers.Wait(kServeSlice, [this] {
     link.PollToPlugin();
@@ -148,22 +147,22 @@ void SkpImporter::RunWorkers(const std::vector<MaterialEntry>& entries) {
 
 void SkpImporter::SendLights() {
   SendText("Exporting lights...");
-  const double start = NowMs();
+  const Stopwatch watch;
   if (unifiedScan) {
     SendPendingLights(link, pendingLights);
   } else {
     InheritanceManager manager(textureWriter);
     ExportLights(link, scene.hiddenLayers, RootEntitiesOf(model), manager);
   }
-  LogLine("ExportLights%s: %.1f ms", unifiedScan ? " (send only)" : "", NowMs() - start);
+  LogLine("ExportLights%s: %.1f ms", unifiedScan ? " (send only)" : "", watch.Ms());
 }
 
-void SkpImporter::WriteSummary(double start) {
+void SkpImporter::WriteSummary(const Stopwatch& whole) {
   if (!PerfLogEnabled()) return;
   DumpGeometryTimings();
   StatsDump();
   DumpGateStats();
-  LogLine("=== ExportModel end (reload=%d): total %.1f ms ===", reload ? 1 : 0, NowMs() - start);
+  LogLine("=== ExportModel end (reload=%d): total %.1f ms ===", reload ? 1 : 0, whole.Ms());
 }
 
 void SkpImporter::SendText(const char* text) {

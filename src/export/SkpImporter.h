@@ -17,6 +17,7 @@
 #include "geometry/GeometryExport.h"
 #include "link/ExportProgress.h"
 #include "link/IpcInterface.h"
+#include "support/TimingLog.h"
 #include "support/WorkerPool.h"
 
 namespace quellix {
@@ -78,7 +79,7 @@ class SkpImporter {
   void CollectHiddenLayers();
   void SendLights();
   void RunWorkers(const std::vector<MaterialEntry>& entries);
-  void WriteSummary(double start);
+  void WriteSummary(const Stopwatch& whole);
   void SendText(const char* text);
 };
 

@@ -19,10 +19,9 @@ bool GeometryExport::Run(SUEntitiesRef su_root, bool reload, const GeometryWalks
   geometryPass = 0;
   StartPath(walks.containsImages);
   if (!reload) {
-    const double start = NowMs();
+    const Stopwatch watch;
     sender.totalFaces = CountPolygons(su_root, faceCounts);
-    LogLine("CountPolygons: %.1f ms (faces=%ld)", NowMs() - start,
-            static_cast<long>(sender.totalFaces));
+    LogLine("CountPolygons: %.1f ms (faces=%ld)", watch.Ms(), static_cast<long>(sender.totalFaces));
     collector.Reserve(faceCounts.distinct);
   }
   walks.firstPass();
@@ -48,6 +47,7 @@ void GeometryExport::StartPath(const std::function<bool()>& containsImages) {
 }
 
 void GeometryExport::EndPath() {
+  if (pipeline) peaks = pipeline->PeaksSoFar();
   pipeline.reset();
   pool.reset();
 }

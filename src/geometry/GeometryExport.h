@@ -63,6 +63,9 @@ class GeometryExport {
   // Counts each selected face.
   std::atomic<std::uint32_t>& FacesDone() { return sender.facesDone; }
 
+  // How far the bounds of the pipeline were used; all 0 on the other paths. After Run.
+  const GeometryPipeline::Peaks& PipelinePeaks() const { return peaks; }
+
   FaceCollector collector;
 
  private:
@@ -77,6 +80,7 @@ class GeometryExport {
   // At most one of the two exists, and only while Run runs.
   std::unique_ptr<WorkerPool> pool;
   std::unique_ptr<GeometryPipeline> pipeline;
+  GeometryPipeline::Peaks peaks;
 };
 
 }  // namespace quellix

@@ -174,7 +174,7 @@ void GeometryPipeline::EnqueueSend(SendQueueEntry entry) {
 
 void GeometryPipeline::RunSender() {
   NameThreadOnce("thGeoSend");
-  const double start = NowMs();
+  const Stopwatch watch;
   try {
     SendQueueEntry entry;
     while (TakeEntry(entry)) {
@@ -188,7 +188,7 @@ void GeometryPipeline::RunSender() {
   } catch (...) {
     Fail(std::current_exception());
   }
-  LogLine("thGeoSend (pipeline sender): %.1f ms", NowMs() - start);
+  LogLine("thGeoSend (pipeline sender): %.1f ms", watch.Ms());
 }
 
 // False when there is nothing more to send, or no use in it.

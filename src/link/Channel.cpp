@@ -84,7 +84,7 @@ void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
   if (target <= toAppSize) return;
   if (toAppSize != 0) target = std::max(target, 2 * toAppSize);
 
-  const double start = NowMs();
+  const Stopwatch watch;
   const std::uint64_t oldSize = toAppSize;
   if (toAppBase != nullptr) AcknowledgeMemoryDestroyed();
   if (!StillOurs()) {
@@ -115,7 +115,7 @@ void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
   std::memset(toAppBase, 0, sizeof(std::uint32_t));
   segmentReplaced->Set();
   LogLine("ExpandSharedMemory: %.1fMB -> %.1fMB (%.1f ms)", static_cast<double>(oldSize) * kMiB,
-          static_cast<double>(target) * kMiB, NowMs() - start);
+          static_cast<double>(target) * kMiB, watch.Ms());
 }
 
 // Returns once the renderer has let go of the segment's old mapping, or is gone.

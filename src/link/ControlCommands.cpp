@@ -63,10 +63,7 @@ void IpcInterface::PrepareRendering(bool reload) {
   wire::PrepareRendering record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::PrepareRendering);
   record.reload = reload ? 1 : 0;
-  double elapsed = 0.0;
-  SendTraits traits;
-  traits.commitMs = PerfLogEnabled() ? &elapsed : nullptr;
-  Send(CommandMessage(record), traits);
+  const double elapsed = Send(CommandMessage(record), {});
   LogLine("ipc PrepareRendering(reload=%d): %.1f ms", reload ? 1 : 0, elapsed);
 }
 

@@ -85,33 +85,35 @@ bool IpcInterface::LaunchApp(const std::string& directory) {
   return true;
 }
 
-void IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
-  if (!SeenAlive()) return;
+double IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
+  if (!SeenAlive()) return 0.0;
   const SendScope scope(*this);
   if (!scope.Owns()) {
     Hold(message, traits);
-    return;
+    return 0.0;
   }
   // The renderer may have died, or said that it quits, during that wait.
   const bool completed = FlushPending();
-  if (ended || (!completed && !IsAlive())) return;
-  if (traits.isProgress && !AdmitProgress(message.Record())) return;
+  if (ended || (!completed && !IsAlive())) return 0.0;
+  if (traits.isProgress && !AdmitProgress(message.Record())) return 0.0;
   if (traits.grows) {
     if (traits.countBytes && PerfLogEnabled()) StatsAddBytes(message.Id(), message.Size());
     const std::uint64_t sizeBefore = toAppSize;
     ExpandSharedMemory(message.Size());
-    if (ended || (toAppSize != sizeBefore && !IsAlive())) return;
+    if (ended || (toAppSize != sizeBefore && !IsAlive())) return 0.0;
   } else if (!EnsureSegment(message.Size())) {
     LogLine("%s: left out, its %llu bytes have no room", wire::CommandName(message.Id()),
             static_cast<unsigned long long>(message.Size()));
-    return;
+    return 0.0;
   }
   message.WriteTo(toAppBase);
   if (traits.digest != nullptr) traits.digest(traits.digestContext);
-  const double start = traits.commitMs == nullptr ? 0.0 : NowMs();
+
+  const Stopwatch watch;
   Commit(traits.wait);
-  if (traits.commitMs != nullptr) *traits.commitMs = NowMs() - start;
+  const double elapsed = watch.Ms();
   if (!pendingWait && !reloadOutstanding) SendHeld();
+  return elapsed;
 }
 
 void IpcInterface::Hold(const CommandMessage& message, const SendTraits& traits) {
@@ -149,7 +151,7 @@ bool IpcInterface::Commit(bool wait) {
   std::uint32_t command = 0xFFFFFFFF;
   if (toAppBase != nullptr) std::memcpy(&command, toAppBase, sizeof command);
   const bool log = PerfLogEnabled();
-  const double start = log ? NowMs() : 0.0;
+  const Stopwatch watch;
   commandReady->Set();
   if (!wait) {
     reloadOutstanding = true;
@@ -163,7 +165,7 @@ bool IpcInterface::Commit(bool wait) {
   }
   const bool completed = WaitCompletion();
   if (log) {
-    StatsAddWait(command, MicrosecondsSince(start));
+    StatsAddWait(command, watch.Microseconds());
     StatsAddCount(command);
   }
   return completed;
@@ -176,10 +178,10 @@ void IpcInterface::EndIfInterrupted() {
 
 // False when the renderer was gone, or the wait given up, before it had finished.
 bool IpcInterface::WaitCompletion() {
-  // The first slice counts as none of the reported seconds; an answer within it needs no clock.
-  bool completed = commandDone->Wait(kSliceMs);
   const bool onHost = std::this_thread::get_id() == hostThread;
-  const double start = completed ? 0.0 : NowMs();
+  bool completed = commandDone->Wait(kSliceMs);
+  // Most commands are finished by now, and no time is read for them.
+  const double start = completed ? 0.0 : NowMs() - kSliceMs;
   int lastReport = 0;
   while (!completed && IsAlive()) {
     if (onHost) ServeRequest();
@@ -210,10 +212,11 @@ bool IpcInterface::AwaitOutstanding() {
   bool completed = true;
   if (pendingWait) {
     pendingWait = false;
-    const bool log = PerfLogEnabled();
-    const double start = log ? NowMs() : 0.0;
+    const Stopwatch watch;
     completed = WaitCompletion();
-    if (log) StatsAddWait(static_cast<std::uint32_t>(pendingCommand), MicrosecondsSince(start));
+    if (PerfLogEnabled()) {
+      StatsAddWait(static_cast<std::uint32_t>(pendingCommand), watch.Microseconds());
+    }
     pendingCommand = -1;
   }
   if (reloadOutstanding) {

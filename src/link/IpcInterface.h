@@ -135,8 +135,7 @@ class IpcInterface {
     bool countBytes = false;  // its size goes into the statistics
     DigestFunction digest = nullptr;
     const void* digestContext = nullptr;
-    bool isProgress = false;     // goes out only when it differs enough from the last one
-    double* commitMs = nullptr;  // takes the milliseconds that Commit took
+    bool isProgress = false;  // goes out only when it differs enough from the last one
   };
 
   struct HeldCommand {
@@ -145,8 +144,9 @@ class IpcInterface {
     bool isProgress;
   };
 
-  // The one way of every command.
-  void Send(const CommandMessage& message, const SendTraits& traits);
+  // The one way of every command. Returns the milliseconds that Commit took, 0 without the
+  // timing log.
+  double Send(const CommandMessage& message, const SendTraits& traits);
   void SendPlain(wire::CommandId id, bool wait);
   void SendText(wire::CommandId id, const std::string& text);
   void Hold(const CommandMessage& message, const SendTraits& traits);

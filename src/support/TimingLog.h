@@ -23,4 +23,17 @@ inline std::int64_t MicrosecondsSince(double startMs) {
   return static_cast<std::int64_t>((NowMs() - startMs) * 1000.0);
 }
 
+// Measures what a line of the timing log tells. Without the log no clock is read.
+class Stopwatch {
+ public:
+  Stopwatch() : start(PerfLogEnabled() ? NowMs() : 0.0) {}
+  // Milliseconds since it was made; 0 without the log.
+  double Ms() const { return PerfLogEnabled() ? NowMs() - start : 0.0; }
+  // The same as the statistics count it.
+  std::int64_t Microseconds() const { return static_cast<std::int64_t>(Ms() * 1000.0); }
+
+ private:
+  const double start;
+};
+
 }  // namespace quellix

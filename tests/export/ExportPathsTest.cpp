@@ -173,6 +173,23 @@ TEST_F(ExportPaths, SendTheSameInEveryWay) {
   }
 }
 
+// However many threads share the work, on a machine of any size.
+TEST_F(ExportPaths, SendTheSameWithAnyNumberOfPoolThreads) {
+  const char* const model = "generated:3000:7:20:1";
+  const Outcome serial = Export(model, kWays[0].environment, 1);
+  ASSERT_EQ(serial.status, 0);
+  for (const char* environment : {"QUELLIX_GEO_PIPELINE=0", "QUELLIX_GEO_PIPELINE=1"}) {
+    for (unsigned threads = 1; threads <= 8; ++threads) {
+      SCOPED_TRACE(std::string(environment) + ", " + std::to_string(threads) + " pool threads");
+      const Outcome run = Export(model, environment, threads);
+      ASSERT_EQ(run.status, 0);
+      EXPECT_EQ(run.digest, serial.digest);
+      EXPECT_EQ(run.arrived, serial.arrived);
+      EXPECT_EQ(run.report.at("faultCount"), 0) << run.report.at("faults");
+    }
+  }
+}
+
 int Occurrences(const std::string& text, const std::string& what) {
   int count = 0;
   for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
@@ -222,6 +239,12 @@ TEST_F(ExportPaths, WriteEveryLogLineInItsFormat) {
   }
 }
 
+std::string Members(const nlohmann::ordered_json& object) {
+  std::string members;
+  for (const auto& [name, value] : object.items()) members += name + " ";
+  return members;
+}
+
 // Both dumps see every face, so nothing may be made anywhere but on the walk's thread.
 TEST_F(ExportPaths, DumpsKeepTheExportSerial) {
   const fs::path validation = folder / "validation.txt";
@@ -246,11 +269,26 @@ TEST_F(ExportPaths, DumpsKeepTheExportSerial) {
   int faces = 0;
   for (std::string line; std::getline(lines, line); ++faces) {
     const auto object = nlohmann::ordered_json::parse(line);
-    std::string members;
-    for (const auto& [name, value] : object.items()) members += name + " ";
-    EXPECT_EQ(members, "face plane openings outer inner mh ");
+    EXPECT_EQ(Members(object), "face plane openings outer inner mh ");
+    EXPECT_EQ(Members(object["mh"]), "verts normals tris ");
+    for (const auto& loop : object["inner"]) EXPECT_EQ(Members(loop), "winding verts edges ");
+    EXPECT_EQ(Members(object["outer"]), "winding verts edges ");
+    EXPECT_EQ(object["outer"]["edges"].size(), object["outer"]["verts"].size());
+    EXPECT_EQ(Members(object["outer"]["edges"].at(0)), "smooth soft v0 v1 ");
   }
   EXPECT_EQ(faces, 600) << "two of the three exports look at each face";
+}
+
+// Every face of a model as people make them: the own triangulation covers what the host's does,
+// with the same corners and normals.
+TEST_F(ExportPaths, TheSampleHouseIsAsTheHostTriangulatesIt) {
+  const fs::path validation = folder / "validation.txt";
+  const Outcome run = Export(SAMPLE, "QUELLIX_TESS_VALIDATE=" + validation.string());
+  ASSERT_EQ(run.status, 0);
+  const std::regex wanted(
+      R"(=== tess validate \(reload=0\): faces=5\d\d triMismatch=\d+ vertMismatch=0 )"
+      R"(areaMismatch=0 \(maxRel=\S+\) normalUnmatched=0 maxNormalDeg=0\.0000 ===)");
+  EXPECT_TRUE(std::regex_search(Text(validation), wanted)) << Text(validation);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -53,7 +54,7 @@ class Child {
   bool Alive() const { return pid_ > 0; }
 
  private:
-  pid_t pid_ = 0;
+  std::atomic<pid_t> pid_{0};
 };
 
 class ManualEventTest : public testing::Test {

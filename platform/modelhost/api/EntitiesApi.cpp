@@ -3,6 +3,7 @@
 #include <array>
 
 #include "core/Args.h"
+#include "core/CallModes.h"
 #include "model/Build.h"
 #include "model/Measure.h"
 #include "model/Model.h"
@@ -30,7 +31,9 @@ SUResult place(SUEntitiesRef ref, Instance* instance, Kind kind) {
       definition->model() != entities->model()) {
     return SU_ERROR_INVALID_INPUT;
   }
-  if (definition->contains(*entities)) return SU_ERROR_INVALID_ARGUMENT;
+  if (definition->contains(*entities) && !CallModes::instance().circlesAllowed()) {
+    return SU_ERROR_INVALID_ARGUMENT;
+  }
   entities->adopt(std::unique_ptr<Instance>(instance));
   return SU_ERROR_NONE;
 }

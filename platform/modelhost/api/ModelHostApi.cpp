@@ -133,6 +133,10 @@ SUResult modelhost_cost(const char* function, int64_t nanoseconds) {
   return SU_ERROR_NONE;
 }
 
+void modelhost_allow_circles(void) {
+  CallModes::instance().allowCircles();
+}
+
 void modelhost_reset_modes(void) {
   CallModes::instance().reset();
 }

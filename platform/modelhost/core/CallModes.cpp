@@ -157,6 +157,7 @@ void CallModes::reset() {
   State& s = state();
   const std::lock_guard lock(s.mutex);
   HostCall::modes_.store(0, std::memory_order_relaxed);
+  circles_.store(false, std::memory_order_relaxed);
   s.faults.clear();
   s.costs.clear();
   s.overlaps.clear();

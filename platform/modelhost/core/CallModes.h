@@ -1,8 +1,10 @@
-// The test modes that HostCall serves: watch, fault and cost. Thread-safe.
+// The test modes: watch, fault and cost, which HostCall serves, and models that place a definition
+// inside itself. Thread-safe.
 #pragma once
 
 #include <SketchUpAPI/common.h>
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -37,6 +39,9 @@ class CallModes {
   void fail(std::string function, std::int64_t nth, SUResult result, bool onwards);
   // Every call of `function` ("*" is every function) keeps its thread busy for that much longer.
   void cost(std::string function, std::int64_t nanoseconds);
+  // Whether a definition may be placed inside itself.
+  void allowCircles() { circles_.store(true, std::memory_order_relaxed); }
+  bool circlesAllowed() const { return circles_.load(std::memory_order_relaxed); }
   // Switches every mode off and forgets counts and reports.
   void reset();
 
@@ -56,6 +61,8 @@ class CallModes {
 
   struct State;
   State& state();
+
+  std::atomic<bool> circles_{false};
 };
 
 }  // namespace modelhost

@@ -1,4 +1,4 @@
-// ModelHost.watch, fail_call, cost, reset_modes, call_counts, overlaps, owned_objects.
+// ModelHost.watch, fail_call, cost, allow_circles, reset_modes, call_counts, overlaps, owned_objects.
 #include <cstring>
 
 #include "Binding.h"
@@ -36,6 +36,11 @@ VALUE cost(VALUE, VALUE function, VALUE seconds) {
   const double value = rb_num2dbl(seconds);
   if (!(value >= 0 && value < 1e3)) rb_raise(rb_eArgError, "the cost is 0 or more seconds");
   modelhost_cost(name, static_cast<int64_t>(value * 1e9));
+  return Qnil;
+}
+
+VALUE allowCircles(VALUE) {
+  modelhost_allow_circles();
   return Qnil;
 }
 
@@ -79,6 +84,7 @@ void defineModes() {
   singletonMethod<&watch>(module, "watch");
   singletonMethod<&failCall>(module, "fail_call");
   singletonMethod<&cost>(module, "cost");
+  singletonMethod<&allowCircles>(module, "allow_circles");
   singletonMethod<&resetModes>(module, "reset_modes");
   singletonMethod<&callCounts>(module, "call_counts");
   singletonMethod<&overlaps>(module, "overlaps");
