@@ -56,7 +56,9 @@ struct Scene {
            std::to_string(3 * definitions) + " " + (textured ? "1" : "0");
   }
   // Fewer where each takes long.
-  int Rounds(long cost) const { return faces >= 1000000 ? 1 : cost > 0 ? 2 : 5; }
+  int Rounds(long cost) const {
+    return faces >= 4000000 ? 1 : faces >= 1000000 || cost > 0 ? 2 : 5;
+  }
 };
 
 json RunExport(const Scene& scene, const std::string& environment, long cost,

@@ -2,6 +2,7 @@
 
 #include <glm/gtc/type_ptr.hpp>
 
+#include "export/ContainsImages.h"
 #include "export/Descent.h"
 #include "export/ImageExport.h"
 #include "export/Lists.h"
@@ -36,6 +37,20 @@ bool IsManifold(SUComponentDefinitionRef su_definition) {
 }
 
 }  // namespace
+
+void GeometryWalk::Export() {
+  struct EndOnExit {
+    GeometryExport& geometry;
+    ~EndOnExit() { geometry.End(); }
+  };
+  const EndOnExit end{importer.geometry};
+  const SUEntitiesRef su_root = RootEntitiesOf(importer.model);
+  importer.geometry.Begin(su_root, importer.reload, [su_root] { return ContainsImages(su_root); });
+  FirstPass();
+  importer.geometry.BeginSecondPass();
+  SecondPass();
+  importer.geometry.Finish(importer.cachedGeometryPids);
+}
 
 void GeometryWalk::FirstPass() {
   const SUEntitiesRef su_root = RootEntitiesOf(importer.model);

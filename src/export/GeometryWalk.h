@@ -10,6 +10,11 @@ class GeometryWalk {
  public:
   explicit GeometryWalk(SkpImporter& skpImporter) : importer(skpImporter) {}
 
+  // The whole of the geometry worker's work: both passes, from the start of the path that the
+  // switches choose to its end. Throws the first error of any thread, once all are joined.
+  void Export();
+
+ private:
   // Each top-level instance and group as one mesh with all that is nested in it, then what lies
   // loose at the root. Owners whose meshes the renderer holds are listed instead.
   void FirstPass();
@@ -17,7 +22,6 @@ class GeometryWalk {
   // The components that always face the camera, wherever they are, each as a mesh of its own.
   void SecondPass();
 
- private:
   // A cache key with all bits set stands for the owner of the manager's outermost element.
   void ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId, bool manifold,
                                 std::uint64_t cacheKey);

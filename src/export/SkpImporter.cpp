@@ -5,7 +5,6 @@
 
 #include "cw/Layer.h"
 #include "cw/Model.h"
-#include "export/ContainsImages.h"
 #include "export/GeometryWalk.h"
 #include "export/LayerVisibility.h"
 #include "export/Lists.h"
@@ -132,11 +131,7 @@ void SkpImporter::RunWorkers(const std::vector<MaterialEntry>& entries) {
   workers.Start([this] {
     NameThreadOnce("thGeo");
     const Stopwatch watch;
-    GeometryWalk walk(*this);
-    geometry.Run(RootEntitiesOf(model), reload,
-                 {[&walk] { walk.FirstPass(); }, [&walk] { walk.SecondPass(); },
-                  [this] { return ContainsImages(RootEntitiesOf(model)); }},
-                 cachedGeometryPids);
+    GeometryWalk(*this).Export();
     LogLine("thGeo ExportGeometry: %.1f ms", watch.Ms());
   });
   workers.Wait(kServeSlice, [this] {

@@ -6,31 +6,24 @@
 
 namespace quellix {
 
-bool GeometryExport::Run(SUEntitiesRef su_root, bool reload, const GeometryWalks& walks,
-                         std::vector<std::uint64_t>& cachedOwners) {
-  struct EndOnExit {
-    GeometryExport& geometry;
-    ~EndOnExit() { geometry.EndPath(); }
-  };
-  const EndOnExit end{*this};
+void GeometryExport::Begin(SUEntitiesRef su_root, bool reload,
+                           const std::function<bool()>& containsImages) {
   faceCounts = {};
   sender.totalFaces = 0;
   sender.facesDone = 0;
   geometryPass = 0;
-  StartPath(walks.containsImages);
-  if (!reload) {
-    const Stopwatch watch;
-    sender.totalFaces = CountPolygons(su_root, faceCounts);
-    LogLine("CountPolygons: %.1f ms (faces=%ld)", watch.Ms(), static_cast<long>(sender.totalFaces));
-    collector.Reserve(faceCounts.distinct);
-  }
-  walks.firstPass();
-  geometryPass = 1;
-  walks.secondPass();
+  StartPath(containsImages);
+  if (reload) return;
+  const Stopwatch watch;
+  sender.totalFaces = CountPolygons(su_root, faceCounts);
+  LogLine("CountPolygons: %.1f ms (faces=%ld)", watch.Ms(), static_cast<long>(sender.totalFaces));
+  collector.Reserve(faceCounts.distinct);
+}
+
+void GeometryExport::Finish(std::vector<std::uint64_t>& cachedOwners) {
   if (pipeline) pipeline->Finish();
   link.InstanciateMeshBatch(cachedOwners);
   cachedOwners.clear();
-  return true;
 }
 
 void GeometryExport::StartPath(const std::function<bool()>& containsImages) {
@@ -46,7 +39,7 @@ void GeometryExport::StartPath(const std::function<bool()>& containsImages) {
   }
 }
 
-void GeometryExport::EndPath() {
+void GeometryExport::End() {
   if (pipeline) peaks = pipeline->PeaksSoFar();
   pipeline.reset();
   pool.reset();

@@ -22,18 +22,9 @@
 
 namespace quellix {
 
-// What the geometry asks of whoever knows the model's hierarchy.
-struct GeometryWalks {
-  // Make the meshes of everything but camera-facing components, and of those.
-  std::function<void()> firstPass;
-  std::function<void()> secondPass;
-  // Whether there is an image entity anywhere in the model.
-  std::function<bool()> containsImages;
-};
-
-// The geometry of one export: what its worker thread keeps from the first face to the last. The
-// walks call OpenMesh, ExportFaces, CloseMesh and PlaceMesh on that thread, whatever path the
-// switches choose.
+// The geometry of one export: what its worker thread keeps from the first face to the last. That
+// thread begins, walks the model twice, and finishes; the walks call OpenMesh, ExportFaces,
+// CloseMesh and PlaceMesh, whatever path the switches choose.
 class GeometryExport {
  public:
   GeometryExport(IpcInterface& rendererLink, ExportProgress& exportProgress,
@@ -42,12 +33,17 @@ class GeometryExport {
   GeometryExport(const GeometryExport&) = delete;
   GeometryExport& operator=(const GeometryExport&) = delete;
 
-  // Runs both walks over the model below these root entities. A first export (not a reload) counts
-  // the faces before, for the progress. The owners that the walks found cached are then sent as one
-  // batch and the list is emptied. True when all was done. Throws the first error of any thread,
-  // once all are joined.
-  bool Run(SUEntitiesRef su_root, bool reload, const GeometryWalks& walks,
-           std::vector<std::uint64_t>& cachedOwners);
+  // Starts what the switches ask for; `containsImages` tells whether there is an image entity
+  // anywhere in the model. A first export (not a reload) counts the faces below these root
+  // entities, for the progress. Throws std::system_error when a thread cannot be started.
+  void Begin(SUEntitiesRef su_root, bool reload, const std::function<bool()>& containsImages);
+  // What follows is the second walk's.
+  void BeginSecondPass() { geometryPass = 1; }
+  // Returns when everything was sent, then sends the owners that the walks found cached as one
+  // batch and empties the list. Throws the first error of any thread.
+  void Finish(std::vector<std::uint64_t>& cachedOwners);
+  // Joins all threads; what is not sent yet is dropped.
+  void End();
 
   // Starts a mesh.
   void OpenMesh(const MeshPlacement& placement);
@@ -63,21 +59,21 @@ class GeometryExport {
   // Counts each selected face.
   std::atomic<std::uint32_t>& FacesDone() { return sender.facesDone; }
 
-  // How far the bounds of the pipeline were used; all 0 on the other paths. After Run.
+  // How far the bounds of the pipeline were used; all 0 on the other paths. After
+  // End.
   const GeometryPipeline::Peaks& PipelinePeaks() const { return peaks; }
 
   FaceCollector collector;
 
  private:
   void StartPath(const std::function<bool()>& containsImages);
-  void EndPath();
 
   IpcInterface& link;
   MeshSender sender;
   const unsigned threads;
   FaceCounts faceCounts;
   int geometryPass = 0;
-  // At most one of the two exists, and only while Run runs.
+  // At most one of the two exists, and only from Begin to End.
   std::unique_ptr<WorkerPool> pool;
   std::unique_ptr<GeometryPipeline> pipeline;
   GeometryPipeline::Peaks peaks;
