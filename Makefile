@@ -11,6 +11,7 @@ ruby := $(CURDIR)/.deps/ruby/bin/ruby
 
 .DEFAULT_GOAL := help
 .PHONY: help setup build demo test bench soak fuzz env clean
+.PHONY: windows-setup windows windows-test demo-windows package
 
 help:
 	@echo "make demo               exports the sample house to the renderer and draws what arrived"
@@ -21,6 +22,10 @@ help:
 	@echo "make soak SECONDS=n     the long tests: 500 kills of the renderer, 2,000 reloads, hostile models;"
 	@echo "                        kills and reloads end after n seconds each (1800)"
 	@echo "make fuzz SECONDS=n     what cannot be trusted under libFuzzer, n seconds a target (60)"
+	@echo "make windows            builds all of it for Windows x64 (see docs/windows.md)"
+	@echo "make windows-test       runs the tests of that under Wine"
+	@echo "make demo-windows       the demo with the extension and the renderer under Wine"
+	@echo "make package            an archive of the extension for Windows, for plug-in authors"
 	@echo "make env                prints where Ruby and the built folders are, for scripts"
 	@echo "PRESET=asan make test   the same tests with the address and undefined-behaviour sanitizers"
 
@@ -67,6 +72,34 @@ fuzz:
 	    -timeout=20 -rss_limit_mb=4096 -max_len=16000 -verbosity=0 -print_final_stats=1 \
 	    corpus-$$name seeds-$$name || exit 1; \
 	done
+
+windows_build := $(CURDIR)/build/windows
+wine := $(windows_build)/run-under-wine
+windows-setup: setup
+	@scripts/setup-windows.sh
+
+windows: windows-setup
+	@cmake --preset windows >"$(CURDIR)/.deps/log/configure-windows.log" 2>&1 || \
+	  { echo "windows: CMake could not configure; see .deps/log/configure-windows.log" >&2; exit 1; }
+	@cmake --build --preset windows --parallel $(JOBS)
+
+windows-test: PRESET := release
+windows-test: build windows
+	@ctest --preset windows
+
+demo-windows: PRESET := release
+demo-windows: build windows
+	@EXTENSION_DIR="Z:$(windows_build)/extension" MODELHOST_DIR="Z:$(windows_build)/modelhost" \
+	  KVAPP_DIR="Z:$(windows_build)/renderer" OUT_DIR="Z:$(CURDIR)/out/windows" KVAPP_PICTURE=0 \
+	  "$(wine)" "$(CURDIR)/.deps/windows/ruby/bin/ruby.exe" -E UTF-8 "Z:$(CURDIR)/examples/live_link.rb" \
+	  $(if $(MODEL),"Z:$(abspath $(MODEL))")
+	@"$(CURDIR)/build/release/renderer/KvApp/kvpicture" out/windows/scene.glb out/windows/picture.png
+	@echo "picture     out/windows/picture.png"
+
+package: windows
+	@cmake --build --preset windows --target package >"$(CURDIR)/.deps/log/package.log" || \
+	  { echo "package: no archive was made; see .deps/log/package.log" >&2; exit 1; }
+	@ls out/quellix-*-windows-x64.zip
 
 env:
 	@echo "RUBY=$(ruby)"

@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "app/Paths.h"
+
 namespace kvapp {
 
 using nlohmann::json;
@@ -55,7 +57,7 @@ void GlbDocument::Write(const std::filesystem::path& file) {
   const std::uint64_t binary = bytes_.empty() ? 0 : 8 + std::uint64_t{bytes_.size()};
   const std::uint64_t total = 12 + 8 + text.size() + binary;
   if (total > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::runtime_error(file.string() + " would have " + std::to_string(total) +
+    throw std::runtime_error(Utf8(file) + " would have " + std::to_string(total) +
                              " bytes, more than its format allows");
   }
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
@@ -72,7 +74,7 @@ void GlbDocument::Write(const std::filesystem::path& file) {
                  static_cast<std::streamsize>(bytes_.size()));
   }
   stream.close();
-  if (!stream) throw std::runtime_error(file.string() + " cannot be written");
+  if (!stream) throw std::runtime_error(Utf8(file) + " cannot be written");
 }
 
 }  // namespace kvapp

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/GlbWriter.h"
+#include "app/Paths.h"
 #include "app/Platform.h"
 #include "app/Report.h"
 #include "app/SceneJson.h"
@@ -22,7 +23,7 @@ void WriteText(const std::filesystem::path& file, const std::string& text) {
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
   stream << text << '\n';
   stream.close();
-  if (!stream) throw std::runtime_error(file.string() + " cannot be written");
+  if (!stream) throw std::runtime_error(Utf8(file) + " cannot be written");
 }
 
 std::string Dump(const nlohmann::json& value) {
@@ -35,10 +36,9 @@ void DrawPicture(const std::filesystem::path& folder) {
 #else
   const char* program = "kvpicture";
 #endif
-  const std::string trouble =
-      RunProgram({(ProgramFolder() / program).string(), (folder / "scene.glb").string(),
-                  (folder / "picture.png").string()},
-                 kPictureLimit);
+  const std::string trouble = RunProgram(
+      {Utf8(ProgramFolder() / program), Utf8(folder / "scene.glb"), Utf8(folder / "picture.png")},
+      kPictureLimit);
   if (!trouble.empty()) throw std::runtime_error(trouble);
 }
 

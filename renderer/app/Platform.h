@@ -25,7 +25,7 @@ class HostWatch {
 
  private:
   std::int64_t processId_;
-  int descriptor_ = -1;
+  std::intptr_t handle_ = -1;
   bool found_ = false;
 };
 
@@ -43,11 +43,14 @@ bool MapsObject(std::int64_t processId, const ObjectIdentity& object);
 // Empty when there is no shared-memory object of that name.
 std::optional<ObjectIdentity> IdentityOfSharedObject(const std::string& name);
 
+// The value of an environment variable as UTF-8; empty when it is unset.
+std::string EnvironmentText(const char* name);
+
 // The folder of the running program.
 std::filesystem::path ProgramFolder();
 
-// Runs a program and waits for it. Returns an empty text on success, else one sentence. A program
-// that takes longer than the limit is ended.
+// Runs a program and waits for it. The arguments are UTF-8, the program's path first. Returns an
+// empty text on success, else one sentence. A program that takes longer than the limit is ended.
 std::string RunProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit);
 
 // Ctrl-C in the host's console is meant for the host: it is ignored here. A request to terminate is

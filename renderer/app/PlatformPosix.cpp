@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <system_error>
@@ -30,9 +31,9 @@ void RememberTermination(int) {
   terminationAsked = 1;
 }
 
-int OpenProcess([[maybe_unused]] std::int64_t processId) {
+std::intptr_t OpenProcess([[maybe_unused]] std::int64_t processId) {
 #ifdef SYS_pidfd_open
-  return static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
+  return static_cast<std::intptr_t>(syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
 #else
   errno = ENOSYS;
   return -1;
@@ -42,19 +43,19 @@ int OpenProcess([[maybe_unused]] std::int64_t processId) {
 }  // namespace
 
 HostWatch::HostWatch(std::int64_t processId) : processId_(processId) {
-  descriptor_ = OpenProcess(processId);
-  found_ = descriptor_ >= 0 ||
+  handle_ = OpenProcess(processId);
+  found_ = handle_ >= 0 ||
            (errno != ESRCH && errno != EINVAL && kill(static_cast<pid_t>(processId), 0) == 0);
 }
 
 HostWatch::~HostWatch() {
-  if (descriptor_ >= 0) close(descriptor_);
+  if (handle_ >= 0) close(static_cast<int>(handle_));
 }
 
 bool HostWatch::Alive() const {
   if (!found_) return false;
-  if (descriptor_ >= 0) {
-    pollfd entry{descriptor_, POLLIN, 0};
+  if (handle_ >= 0) {
+    pollfd entry{static_cast<int>(handle_), POLLIN, 0};
     return poll(&entry, 1, 0) <= 0;
   }
   return kill(static_cast<pid_t>(processId_), 0) == 0 || errno == EPERM;
@@ -88,6 +89,11 @@ bool MapsObject(std::int64_t processId, const ObjectIdentity& object) {
     if (index == object.index && makedev(deviceMajor, deviceMinor) == object.device) return true;
   }
   return !any;
+}
+
+std::string EnvironmentText(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
 }
 
 std::filesystem::path ProgramFolder() {

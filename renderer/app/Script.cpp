@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "app/Paths.h"
+
 namespace kvapp {
 
 using json = nlohmann::ordered_json;
@@ -72,11 +74,11 @@ Action ParseAction(const std::string& name, const json& value) {
 
 Script Script::Load(const std::filesystem::path& file) {
   std::ifstream stream(file);
-  if (!stream) throw std::runtime_error("the script " + file.string() + " cannot be read");
+  if (!stream) throw std::runtime_error("the script " + Utf8(file) + " cannot be read");
   try {
     return Parse(json::parse(stream));
   } catch (const std::exception& error) {
-    throw std::runtime_error("the script " + file.string() + " is wrong: " + error.what());
+    throw std::runtime_error("the script " + Utf8(file) + " is wrong: " + error.what());
   }
 }
 

@@ -1,9 +1,11 @@
 #include "app/Settings.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <stdexcept>
 #include <string_view>
+
+#include "app/Paths.h"
+#include "app/Platform.h"
 
 namespace kvapp {
 
@@ -11,11 +13,6 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: KvApp.exe --host-pid <process id>; it is started by the plug-in's host";
-
-std::string_view Environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string_view{} : std::string_view{value};
-}
 
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text) {
@@ -26,18 +23,17 @@ std::optional<Number> ParseNumber(std::string_view text) {
 }
 
 std::size_t NumberFromEnvironment(const char* name, std::size_t missing) {
-  const std::string_view text = Environment(name);
+  const std::string text = EnvironmentText(name);
   if (text.empty()) return missing;
   const auto number = ParseNumber<std::size_t>(text);
   if (!number) {
-    throw std::runtime_error(std::string(name) + " is \"" + std::string(text) +
-                             "\", which is not a number");
+    throw std::runtime_error(std::string(name) + " is \"" + text + "\", which is not a number");
   }
   return *number;
 }
 
 bool Switch(const char* name, bool missing) {
-  const std::string_view text = Environment(name);
+  const std::string text = EnvironmentText(name);
   return text.empty() ? missing : text != "0";
 }
 
@@ -54,8 +50,8 @@ Settings ReadSettings(int argumentCount, const char* const* arguments) {
                              kUsage);
   }
   settings.hostProcess = *process;
-  settings.outputFolder = std::string(Environment("KVAPP_OUT"));
-  settings.scriptFile = std::string(Environment("KVAPP_SCRIPT"));
+  settings.outputFolder = FilePath(EnvironmentText("KVAPP_OUT"));
+  settings.scriptFile = FilePath(EnvironmentText("KVAPP_SCRIPT"));
   settings.bytesLogged = NumberFromEnvironment("KVAPP_BYTES", 0);
   settings.writeSceneJson = Switch("KVAPP_SCENE_JSON", false);
   settings.drawPicture = Switch("KVAPP_PICTURE", true);

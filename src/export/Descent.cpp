@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "export/Lists.h"
+#include "support/PerThread.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -11,9 +12,13 @@ namespace quellix {
 namespace {
 
 // The definitions that this thread's walk is inside of, outermost first.
-thread_local std::vector<const void*> path;
+std::vector<const void*>& Path() {
+  static PerThread<std::vector<const void*>> path;
+  return path.Get();
+}
 
 bool Step(SUComponentDefinitionRef su_definition) {
+  std::vector<const void*>& path = Path();
   const bool circle = std::find(path.begin(), path.end(), su_definition.ptr) != path.end();
   if (circle || path.size() >= static_cast<std::size_t>(Descent::kDeepest)) {
     LogLine("left out: the content of definition %llu, which is %s",
@@ -30,7 +35,7 @@ bool Step(SUComponentDefinitionRef su_definition) {
 Descent::Descent(SUComponentDefinitionRef su_definition) : taken(Step(su_definition)) {}
 
 Descent::~Descent() {
-  if (taken) path.pop_back();
+  if (taken) Path().pop_back();
 }
 
 }  // namespace quellix

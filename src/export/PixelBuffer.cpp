@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/PerThread.h"
+
 namespace quellix {
 
 namespace {
@@ -17,11 +19,15 @@ struct Spare {
   std::uint64_t capacity;
 };
 
-thread_local std::vector<Spare> spares;
+std::vector<Spare>& Spares() {
+  static PerThread<std::vector<Spare>> spares;
+  return spares.Get();
+}
 
 }  // namespace
 
 PixelBuffer::PixelBuffer(std::uint64_t size) {
+  std::vector<Spare>& spares = Spares();
   for (Spare& spare : spares) {
     if (spare.capacity < size || spare.capacity / 2 > size) continue;
     block = std::move(spare.block);
@@ -49,6 +55,7 @@ PixelBuffer& PixelBuffer::operator=(PixelBuffer&& other) noexcept {
 
 void PixelBuffer::Return() {
   if (!block || capacity < kWorthKeeping) return;
+  std::vector<Spare>& spares = Spares();
   if (spares.size() == kKept) spares.erase(spares.begin());
   spares.push_back({std::move(block), capacity});
 }

@@ -7,6 +7,7 @@
 
 #include "geometry/GeometryTimings.h"
 #include "support/Gates.h"
+#include "support/PerThread.h"
 
 namespace quellix {
 
@@ -220,7 +221,8 @@ void FaceCollector::CollectUnread(std::uint32_t face) {
     ~ReadAtTheEnd() { data.state.store(FaceData::State::Read, std::memory_order_release); }
   };
   const ReadAtTheEnd end{data};
-  thread_local Scratch scratch;
+  static PerThread<Scratch> scratchOf;
+  Scratch& scratch = scratchOf.Get();
   {
     const GateGuard gate = GateAcquire(Gate::FaceData);
     if (!scratch.ReadFace(data.su_face, edgeIndexes, data.normal, data.openings)) return;

@@ -6,6 +6,7 @@
 #include "geometry/MeshBuilder.h"
 #include "geometry/TessValidation.h"
 #include "geometry/Tessellation.h"
+#include "support/PerThread.h"
 #include "support/Gates.h"
 #include "support/Switches.h"
 
@@ -50,7 +51,8 @@ void AppendChosen(const TessMesh& mesh, const UvHelpers& uvHelpers, const FaceCo
 
 void ExportFaceSerial(FaceCollector& collector, SUFaceRef su_face, const FaceContext& context,
                       MeshBuffer& buffer) {
-  thread_local Scratch scratch;
+  static PerThread<Scratch> perThread;
+  Scratch& scratch = perThread.Get();
   const ScopedTiming timing(Timings().collectFace);
   UvHelpers uvHelpers = MakeUvHelpers(su_face, context);
 

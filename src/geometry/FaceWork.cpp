@@ -4,6 +4,7 @@
 
 #include "geometry/GeometryTimings.h"
 #include "geometry/MeshBuilder.h"
+#include "support/PerThread.h"
 
 namespace quellix {
 
@@ -17,8 +18,8 @@ struct Scratch {
 };
 
 Scratch& ThreadScratch() {
-  thread_local Scratch scratch;
-  return scratch;
+  static PerThread<Scratch> scratch;
+  return scratch.Get();
 }
 
 bool SameSide(const FaceSide& a, const FaceSide& b) {

@@ -7,6 +7,7 @@
 #include <mapbox/earcut.hpp>
 
 #include "geometry/FanWalk.h"
+#include "support/PerThread.h"
 
 namespace quellix {
 
@@ -38,7 +39,8 @@ struct ClipScratch {
 
 void ClipEars(const FaceData& face, const std::vector<Point>& positions,
               std::vector<std::uint32_t>& indexes) {
-  thread_local ClipScratch scratch;
+  static PerThread<ClipScratch> perThread;
+  ClipScratch& scratch = perThread.Get();
   const auto [u, v] = KeptAxes(face.Normal());
   scratch.projected.clear();
   for (const Point& p : positions) scratch.projected.push_back({p[u], p[v]});

@@ -19,14 +19,15 @@ std::uint64_t UnsignedValue(VALUE value) {
   return rb_num2ull(value);
 }
 
+// The conversions by `long` would refuse more on systems where that has 32 bits.
 std::uint32_t Unsigned32Value(VALUE value) {
   if (FIXNUM_P(value)) return static_cast<std::uint32_t>(FIX2LONG(value));
-  return static_cast<std::uint32_t>(rb_num2ulong(value));
+  return static_cast<std::uint32_t>(rb_num2ull(value));
 }
 
 std::int32_t Int32Value(VALUE value) {
   if (FIXNUM_P(value)) return static_cast<std::int32_t>(FIX2LONG(value));
-  return static_cast<std::int32_t>(rb_num2long(value));
+  return static_cast<std::int32_t>(rb_num2ll(value));
 }
 
 float FloatValue(VALUE value) {

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "host/RubyHeaders.h"
+
 #include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
 
 #include "export/ReloadCaches.h"
-#include "host/RubyHeaders.h"
 #include "host/RubyReceiver.h"
 #include "link/IpcInterface.h"
 

@@ -6,8 +6,6 @@
 #include <chrono>
 #include <cstring>
 
-#include <boost/interprocess/permissions.hpp>
-
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -18,15 +16,6 @@ namespace {
 
 constexpr std::uint64_t kFirstMessageBytes = 67'108'864;
 constexpr double kMiB = 1.0 / 1048576.0;
-
-// The segment carries the whole model, so only the user who runs the host may open it.
-bi::permissions OwnerOnly() {
-  bi::permissions permissions;
-#if defined(BOOST_INTERPROCESS_POSIX_SHARED_MEMORY_OBJECTS)
-  permissions.set_permissions(0600);
-#endif
-  return permissions;
-}
 
 void RemoveRendererObjects() {
   bi::shared_memory_object::remove(wire::kToPluginSegment);
@@ -100,8 +89,9 @@ void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
   toAppMemory.reset();
 
   bi::shared_memory_object::remove(wire::kToAppSegment);
+  // The segment carries the whole model, so only the user who runs the host may open it.
   auto memory = std::make_unique<bi::shared_memory_object>(bi::create_only, wire::kToAppSegment,
-                                                           bi::read_write, OwnerOnly());
+                                                           bi::read_write, OwnerOnlyPermissions());
   try {
     memory->truncate(static_cast<bi::offset_t>(target));
     toAppRegion = std::make_unique<bi::mapped_region>(*memory, bi::read_write);

@@ -15,11 +15,27 @@ namespace {
 constexpr char kFolder[] = "KvApp";
 constexpr char kProgram[] = "KvApp.exe";
 
-// The locale's encoding, as the directory is given; a process without a locale cannot decode
-// anything beyond ASCII, and then UTF-8 is what it was.
-wxString DecodeDirectory(const std::string& directory) {
+std::string Utf8(const wxFileName& file) {
+  return std::string(file.GetFullPath().utf8_str());
+}
+
+wxFileName ProgramBelow(const wxString& directory) {
+  wxFileName program(directory, wxEmptyString);
+  program.AppendDir(kFolder);
+  program.MakeAbsolute();
+  program.SetFullName(kProgram);
+  return program;
+}
+
+// The directory is given in the locale's encoding. A caller who hands over UTF-8 under another
+// locale is understood as well: what leads to no program one way is read the other way.
+wxFileName FindProgram(const std::string& directory) {
   const wxString decoded(directory.c_str());
-  return decoded.empty() && !directory.empty() ? wxString::FromUTF8(directory.c_str()) : decoded;
+  if (!decoded.empty() || directory.empty()) {
+    const wxFileName program = ProgramBelow(decoded);
+    if (IsStartable(Utf8(program))) return program;
+  }
+  return ProgramBelow(wxString::FromUTF8(directory.c_str()));
 }
 
 }  // namespace
@@ -33,19 +49,13 @@ bool RendererProcess::Start(const std::string& directory) {
   LetGo();
   processId = 0;
 
-  wxFileName folder(DecodeDirectory(directory), wxEmptyString);
-  folder.AppendDir(kFolder);
-  folder.MakeAbsolute();
-  wxFileName program(folder);
-  program.SetFullName(kProgram);
-
-  const std::string path(program.GetFullPath().utf8_str());
-  if (!IsStartable(path)) return false;
+  const wxFileName program = FindProgram(directory);
+  if (!IsStartable(Utf8(program))) return false;
 
   const wxString commandLine = wxString::Format("\"%s\" --host-pid %lu", program.GetFullPath(),
                                                 static_cast<unsigned long>(CurrentProcessId()));
   wxExecuteEnv environment;
-  environment.cwd = folder.GetFullPath();
+  environment.cwd = program.GetPath(wxPATH_GET_VOLUME | wxPATH_GET_SEPARATOR);
 
   // The one box that a user sees about a failed start is the caller's.
   const wxLogNull silence;

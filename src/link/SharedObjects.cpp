@@ -5,30 +5,9 @@
 #include <boost/interprocess/mapped_region.hpp>
 #include <boost/interprocess/shared_memory_object.hpp>
 
-#if defined(BOOST_INTERPROCESS_POSIX_SHARED_MEMORY_OBJECTS)
-#include <sys/stat.h>
-#endif
-
 namespace quellix {
 
 namespace bi = boost::interprocess;
-
-std::optional<ObjectIdentity> IdentityOfObject(const std::string& name) {
-#if defined(BOOST_INTERPROCESS_POSIX_SHARED_MEMORY_OBJECTS)
-  try {
-    const bi::shared_memory_object object(bi::open_only, name.c_str(), bi::read_only);
-    struct stat status {};
-    if (::fstat(object.get_mapping_handle().handle, &status) != 0) return std::nullopt;
-    return ObjectIdentity{static_cast<std::uint64_t>(status.st_dev),
-                          static_cast<std::uint64_t>(status.st_ino)};
-  } catch (const bi::interprocess_exception&) {
-    return std::nullopt;
-  }
-#else
-  (void)name;
-  return std::nullopt;
-#endif
-}
 
 bool IsManagedSegmentReady(const std::string& name, std::uint64_t bytes) {
   // The library's mark of a finished segment, in its first word.

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include <boost/interprocess/permissions.hpp>
+
 namespace quellix {
 
 // Which object a machine-wide name stands for, so that a name that another process has removed and
@@ -14,9 +16,12 @@ struct ObjectIdentity {
   bool operator==(const ObjectIdentity&) const = default;
 };
 
-// Empty when there is no shared-memory object of that name, and on systems that do not tell objects
-// apart.
+// Empty when there is no shared-memory object of that name.
 std::optional<ObjectIdentity> IdentityOfObject(const std::string& name);
+
+// Lets nobody but the user who runs this process open an object. Throws std::system_error when the
+// system does not say who that is. Any thread.
+boost::interprocess::permissions OwnerOnlyPermissions();
 
 // True when the segment of that name was made and set up as far as a managed segment can be opened
 // without waiting for its creator, who may have died on the way.

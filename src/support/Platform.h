@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <string>
 
 // What differs between the systems the extension runs on, one implementation file a system.
@@ -14,6 +15,10 @@ std::uint32_t CurrentProcessId();
 // A monotonic count that is a few times cheaper to read than a clock, and steps every 1 to 16
 // milliseconds; never 0. Any thread.
 std::uint64_t CoarseTick();
+
+// The value of an environment variable as UTF-8; empty when it is unset. Any thread, while none
+// changes the environment.
+std::optional<std::string> EnvironmentVariable(const char* name);
 
 // Breaks a time down in the local time zone. Any thread.
 std::tm LocalTime(std::time_t time);

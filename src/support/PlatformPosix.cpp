@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 
 #include "support/Files.h"
@@ -14,15 +15,16 @@ std::uint32_t CurrentProcessId() {
 }
 
 std::uint64_t CoarseTick() {
-#ifdef CLOCK_MONOTONIC_COARSE
-  constexpr clockid_t kClock = CLOCK_MONOTONIC_COARSE;
-#else
-  constexpr clockid_t kClock = CLOCK_MONOTONIC;
-#endif
   timespec time{};
-  ::clock_gettime(kClock, &time);
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
   return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
          static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000 + 1;
+}
+
+std::optional<std::string> EnvironmentVariable(const char* name) {
+  const char* value = std::getenv(name);
+  if (value == nullptr) return std::nullopt;
+  return std::string(value);
 }
 
 std::tm LocalTime(std::time_t time) {

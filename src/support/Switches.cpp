@@ -1,6 +1,8 @@
 #include "support/Switches.h"
 
-#include <cstdlib>
+#include <optional>
+
+#include "support/Platform.h"
 
 namespace quellix {
 
@@ -11,12 +13,12 @@ bool IsExactlyZero(const char* value) {
 }
 
 std::string TextOf(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value == nullptr ? std::string() : std::string(value);
+  return EnvironmentVariable(variable).value_or(std::string());
 }
 
 bool DefaultOn(const char* variable) {
-  return IsDefaultOnFlagSet(std::getenv(variable));
+  const std::optional<std::string> value = EnvironmentVariable(variable);
+  return IsDefaultOnFlagSet(value ? value->c_str() : nullptr);
 }
 
 }  // namespace
@@ -60,7 +62,7 @@ bool GeoPipelineEnabled() {
 }
 
 bool TexDownscaleDisabled() {
-  static const bool on = IsDefaultOffFlagSet(std::getenv("QUELLIX_NO_TEX_DOWNSCALE"));
+  static const bool on = IsDefaultOffFlagSet(TextOf("QUELLIX_NO_TEX_DOWNSCALE").c_str());
   return on;
 }
 

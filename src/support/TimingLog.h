@@ -10,7 +10,10 @@ bool PerfLogEnabled();
 // Appends one line, "[HH:MM:SS.mmm][DLL] message", to the timing log when it is enabled. The
 // message is cut at 1,023 characters; a line feed is added unless the message ends with one. A file
 // that cannot be opened drops the line. Any thread.
-#if defined(__GNUC__)
+#if defined(__MINGW32__)
+// Its plain "printf" stands for the letters of the system's older library.
+__attribute__((format(gnu_printf, 1, 2)))
+#elif defined(__GNUC__)
 __attribute__((format(printf, 1, 2)))
 #endif
 void LogLine(const char* format, ...);

@@ -172,7 +172,7 @@ TEST(CwOwnership, ATextureIsCopiedThroughAFileThatIsGoneAfter) {
   SUImageRepCreate(&su_rep);
   const SUByte pixels[8] = {1, 2, 3, 255, 4, 5, 6, 255};
   ASSERT_EQ(SUImageRepSetData(su_rep, 2, 1, 32, 0, pixels), SU_ERROR_NONE);
-  ASSERT_EQ(SUImageRepSaveToFile(su_rep, path.c_str()), SU_ERROR_NONE);
+  ASSERT_EQ(SUImageRepSaveToFile(su_rep, path.string().c_str()), SU_ERROR_NONE);
   SUImageRepRelease(&su_rep);
   CW::Texture texture(path.string(), 0.5, 0.25);
   std::filesystem::remove(path);

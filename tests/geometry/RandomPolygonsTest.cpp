@@ -139,7 +139,7 @@ class Reference {
   Reference() : tess(gluNewTess()) {
     gluTessProperty(tess, GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_ODD);
     gluTessNormal(tess, 0, 0, 1);
-    using Function = _GLUfuncptr;
+    using Function = void (*)();
     gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<Function>(OnVertex));
     gluTessCallback(tess, GLU_TESS_COMBINE_DATA, reinterpret_cast<Function>(OnCombine));
     // With this one every primitive is a list of triangles.

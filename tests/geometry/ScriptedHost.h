@@ -60,7 +60,7 @@ struct Face {
   SUFaceRef ref() { return SUFaceRef{this}; }
 };
 
-class Host {
+class SU_EXPORT Host {
  public:
   Host();
   ~Host();

@@ -1,10 +1,5 @@
 // Who waits for whom: pipelining, throttling, held commands, and a renderer that goes away.
 
-#include <signal.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <fstream>
 #include <functional>
@@ -14,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "LinkFixture.h"
+#include "TestSystem.h"
 #include "support/Switches.h"
 
 namespace quellix {
@@ -176,7 +172,7 @@ TEST_F(Handshake, ARendererThatVanishesEndsTheWaitAndLeavesNothing) {
     EXPECT_EQ(link.Ended(), ended);
     EXPECT_LT(MillisecondsOf([&] { link.SetMessage("dropped"); }), 100.0);
     // A renderer that quits is still ending itself.
-    waitpid(link.ProcessId(), nullptr, 0);
+    AwaitEnd(link.ProcessId());
     link.ReleaseChannel();
     EXPECT_EQ(LinkObjects(), std::vector<std::string>{});
   }
@@ -185,7 +181,7 @@ TEST_F(Handshake, ARendererThatVanishesEndsTheWaitAndLeavesNothing) {
 TEST_F(Handshake, ARendererKilledAtRestIsNotAliveAndAnotherStartsAtOnce) {
   Start();
   EXPECT_FALSE(link.GetLinkCamera());
-  kill(link.ProcessId(), SIGKILL);
+  KillProcess(link.ProcessId());
   while (link.IsAlive()) std::this_thread::sleep_for(milliseconds(1));
   link.SetMessage("dropped");
   link.ReleaseChannel();
@@ -193,54 +189,6 @@ TEST_F(Handshake, ARendererKilledAtRestIsNotAliveAndAnotherStartsAtOnce) {
   Start();
   link.SetMessage("arrives");
   EXPECT_EQ(Ids(Received()), (std::vector<int>{16, 2}));
-}
-
-TEST_F(Handshake, AProgramThatIsMissingOrNoProgramDoesNotStart) {
-  ASSERT_TRUE(link.OpenChannel(&receiver));
-  std::filesystem::create_directories(folder / "plain/KvApp");
-  std::ofstream(folder / "plain/KvApp/KvApp.exe") << "not executable";
-  for (const std::string& directory :
-       {(folder / "nothing").string(), (folder / "plain").string()}) {
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(link.LaunchApp(directory)) << directory;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error: Failed to start the app\n");
-    EXPECT_FALSE(link.IsAlive());
-    link.SetMessage("dropped");
-  }
-}
-
-// The renderer's segment is an object like any other: it may be made smaller at any time, and what
-// is behind its end then ends the process that touches it.
-TEST_F(Handshake, ASegmentThatShrinksIsNotReadAnyMore) {
-  namespace bi = boost::interprocess;
-  ASSERT_TRUE(link.OpenChannel(&receiver));
-  const auto alive = [] { return true; };
-  {
-    bi::shared_memory_object memory(bi::create_only, wire::kToPluginSegment, bi::read_write);
-    memory.truncate(65536);
-    const auto ready = ManualEvent::Create(wire::kRequestReady, alive);
-    const auto done = ManualEvent::Create(wire::kRequestDone, alive);
-    ready->Set();
-    link.PollToPlugin();
-    EXPECT_TRUE(done->Wait(0));
-    done->Reset();
-    ASSERT_EQ(::truncate("/dev/shm/Qlx_Mem_ToPlugin", 0), 0);
-    ready->Set();
-    link.PollToPlugin();
-    EXPECT_FALSE(done->Wait(0));
-  }
-  link.ReleaseChannel();
-  bi::shared_memory_object::remove(wire::kToPluginSegment);
-  ManualEvent::Remove(wire::kRequestReady);
-  ManualEvent::Remove(wire::kRequestDone);
-}
-
-// The model is in there.
-TEST_F(Handshake, TheSegmentBelongsToTheUserAlone) {
-  Start();
-  struct stat info {};
-  ASSERT_EQ(stat("/dev/shm/Qlx_Mem_ToApp", &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0600u);
 }
 
 }  // namespace

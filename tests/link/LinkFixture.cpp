@@ -1,35 +1,36 @@
 #include "LinkFixture.h"
 
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <thread>
+
+#include "TestSystem.h"
 
 namespace quellix {
 
 void LinkTest::SetUp() {
-  folder = std::filesystem::temp_directory_path() / ("link-test-" + std::to_string(getpid()));
+  folder = std::filesystem::temp_directory_path() / ("link-test-" + std::to_string(OwnProcessId()));
   std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
-  setenv("KVAPP_OUT", folder.c_str(), 1);
-  setenv("KVAPP_BYTES", "4096", 1);
-  setenv("KVAPP_PICTURE", "0", 1);
+  SetVariable("KVAPP_OUT", folder.string());
+  SetVariable("KVAPP_BYTES", "4096");
+  SetVariable("KVAPP_PICTURE", "0");
 }
 
 void LinkTest::TearDown() {
   link.CloseApp();
   link.ReleaseChannel();
-  std::filesystem::remove_all(folder);
-  unsetenv("KVAPP_SCRIPT");
+  // The renderer may still be ending, and a file that it has open may be kept by the system.
+  std::error_code ignored;
+  std::filesystem::remove_all(folder, ignored);
+  UnsetVariable("KVAPP_SCRIPT");
 }
 
 void LinkTest::Start(const std::string& script, RequestReceiver* requestReceiver) {
   if (!script.empty()) {
     const std::filesystem::path file = folder / "script.json";
     std::ofstream(file) << script;
-    setenv("KVAPP_SCRIPT", file.c_str(), 1);
+    SetVariable("KVAPP_SCRIPT", file.string());
   }
   ASSERT_TRUE(link.OpenChannel(requestReceiver == nullptr ? &receiver : requestReceiver));
   ASSERT_TRUE(link.LaunchApp(KVAPP_DIR));
@@ -51,15 +52,6 @@ std::vector<nlohmann::json> LinkTest::Received() {
 nlohmann::json LinkTest::Report() const {
   std::ifstream file(folder / "report.json");
   return nlohmann::json::parse(file);
-}
-
-std::vector<std::string> LinkObjects() {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
-    const std::string name = entry.path().filename().string();
-    if (name.rfind("Qlx_", 0) == 0 && name.rfind("Qlx_Test", 0) != 0) names.push_back(name);
-  }
-  return names;
 }
 
 }  // namespace quellix

@@ -54,7 +54,4 @@ class LinkTest : public testing::Test {
   IpcInterface link;
 };
 
-// The names in the shared-memory folder that belong to a link.
-std::vector<std::string> LinkObjects();
-
 }  // namespace quellix

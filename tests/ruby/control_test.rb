@@ -172,7 +172,7 @@ class ControlTest < LinkTest
   end
 
   def test_a_renderer_that_does_not_start_is_told_and_leaves_a_dead_link
-    text = stderr_of { assert_equal false, link.init_renderer(Receiver.new, File.join(@folder, "ヌル")) }
+    text = told { assert_equal false, link.init_renderer(Receiver.new, File.join(@folder, "ヌル")) }
     assert_equal "Error: Failed to start the app\n", text
     assert_equal false, link.is_alive
     assert_nil link.do_rendering(*CAMERA)
@@ -302,8 +302,8 @@ class ControlTest < LinkTest
   # Children that Ruby started itself are still reaped by Ruby.
   def test_rubys_own_children_are_left_alone
     start
-    assert system("true")
-    child = spawn("exit 3")
+    assert system(RbConfig.ruby, "-e", "exit")
+    child = spawn(RbConfig.ruby, "-e", "exit 3")
     assert_equal 3, Process.wait2(child).last.exitstatus
     assert link.is_alive
   end

@@ -6,6 +6,7 @@ require "json"
 require "minitest"
 require "tmpdir"
 require "timeout"
+require_relative "system"
 
 $LOAD_PATH.unshift(ENV.fetch("EXTENSION_DIR"), ENV.fetch("MODELHOST_DIR"))
 require "Quellix"
@@ -94,9 +95,7 @@ class LinkTest < Minitest::Test
   # The names of the commands that arrived, without the closing one.
   def command_names = commands.map { |line| line["name"] } - ["CloseApp"]
 
-  def link_objects
-    Dir.glob("/dev/shm/Qlx_{Mem,Lock}*").map { |path| File.basename(path) }
-  end
+  def link_objects = TestSystem.link_objects
 
   # Two scenes are the same; what differs first is told, not all of both.
   def assert_same_scene(wanted, found, what = nil)
@@ -108,6 +107,9 @@ class LinkTest < Minitest::Test
     end
     flunk("#{what}: #{parts.join("\n")}")
   end
+
+  # What the user is told during the block.
+  def told(&block) = TestSystem::WINDOWS ? TestSystem.message_box_of(&block) : stderr_of(&block)
 
   # Standard error of the block, native output included. A renderer that outlives the block goes on
   # writing there, so it is a file.

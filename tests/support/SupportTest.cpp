@@ -1,5 +1,3 @@
-#include <sys/resource.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -14,8 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include "TestSystem.h"
 #include "support/Gates.h"
 #include "support/ModelName.h"
+#include "support/PerThread.h"
 #include "support/Switches.h"
 #include "support/TimingLog.h"
 #include "support/WorkerPool.h"
@@ -119,6 +119,32 @@ TEST(WorkerPool, AFailingTaskEndsAloneAndIsToldToTheOwner) {
   EXPECT_EQ(done, 30);
 }
 
+// What a thread keeps is whole until its end, and gone after it, however short its life.
+TEST(PerThread, IsEachThreadsOwnAndDestroyedWholeAtItsEnd) {
+  static std::atomic<int> whole{0};
+  struct Kept {
+    std::vector<std::string> texts;
+    ~Kept() {
+      bool same = texts.size() == 100;
+      for (const std::string& text : texts) same = same && text == texts.front();
+      if (same) ++whole;
+    }
+  };
+  static PerThread<Kept> kept;
+  for (int round = 0; round < 25; ++round) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([t] {
+        for (int i = 0; i < 100; ++i) {
+          kept.Get().texts.push_back(std::string(50, static_cast<char>('a' + t)));
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+  EXPECT_EQ(whole, 100);
+}
+
 TEST(ModelName, IsTheBaseNameOfTheFile) {
   const std::pair<const char*, const char*> cases[] = {
       {"C:/m/House.skp", "House"}, {"/home/u/two.dots.skp", "two.dots"},
@@ -135,7 +161,7 @@ TEST(TimingLog, WritesWholeLinesWithTheirTime) {
     LogLine("x\n");
     LogLine("y %d", 7);
     LogLine("%s", std::string(5000, 'z').c_str());
-    setenv("QUELLIX_PERF_LOG_FILE", "/nowhere/else", 1);
+    SetVariable("QUELLIX_PERF_LOG_FILE", "/nowhere/else");
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
       threads.emplace_back([] {
@@ -146,18 +172,22 @@ TEST(TimingLog, WritesWholeLinesWithTheirTime) {
     return;
   }
   EXPECT_FALSE(PerfLogEnabled());
-  const std::filesystem::path file =
-      std::filesystem::temp_directory_path() / ("timing-" + std::to_string(getpid()) + ".log");
-  const std::string command =
-      "SUPPORT_TESTS_LOG_CHILD=1 QUELLIX_PERF_LOG_FILE=" + file.string() +
-      " /proc/self/exe --gtest_filter=TimingLog.WritesWholeLinesWithTheirTime > /dev/null";
-  const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-  ASSERT_EQ(std::system(std::regex_replace(command, std::regex("/proc/self/exe"), self).c_str()),
-            0);
+  const std::filesystem::path file = std::filesystem::temp_directory_path() /
+                                     ("timing-" + std::to_string(OwnProcessId()) + ".log");
+  SetVariable("SUPPORT_TESTS_LOG_CHILD", "1");
+  SetVariable("QUELLIX_PERF_LOG_FILE", file.string());
+  const std::string command = OwnProgram().string() +
+                              " --gtest_brief=1"
+                              " --gtest_filter=TimingLog.WritesWholeLinesWithTheirTime";
+  const int status = std::system(command.c_str());
+  UnsetVariable("SUPPORT_TESTS_LOG_CHILD");
+  UnsetVariable("QUELLIX_PERF_LOG_FILE");
+  ASSERT_EQ(status, 0);
 
   std::ifstream log(file);
   std::vector<std::string> lines;
   for (std::string line; std::getline(log, line);) lines.push_back(line);
+  log.close();
   std::filesystem::remove(file);
   ASSERT_EQ(lines.size(), 103u);
   const std::regex form(R"(\[\d\d:\d\d:\d\d\.\d\d\d\]\[DLL\] (.*))");

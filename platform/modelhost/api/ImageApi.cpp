@@ -1,8 +1,7 @@
 #include <SketchUpAPI/model/image.h>
 
-#include <filesystem>
-
 #include "core/Args.h"
+#include "core/Paths.h"
 #include "model/ImageRep.h"
 #include "model/Model.h"
 
@@ -57,7 +56,7 @@ SUResult SUImageCreateFromFile(SUImageRef* out_image, const char* path) {
   auto picture = readPicture(path);
   if (!picture) return SU_ERROR_SERIALIZATION;
   return createImage(out_image, std::make_shared<Pixels>(std::move(*picture)),
-                     std::filesystem::path(path).filename().string());
+                     utf8(filePath(path).filename()));
 }
 
 SUResult SUImageCreateFromImageRep(SUImageRef* out_image, SUImageRepRef rep) {

@@ -2,9 +2,9 @@
 #include <SketchUpAPI/model/texture_writer.h>
 
 #include <cmath>
-#include <filesystem>
 
 #include "core/Args.h"
+#include "core/Paths.h"
 #include "model/ImageRep.h"
 #include "model/Model.h"
 #include "model/TextureWriter.h"
@@ -66,7 +66,7 @@ SUResult SUTextureCreateFromFile(SUTextureRef* out_texture, const char* path, do
   const SUResult created = create(out_texture, std::make_shared<Pixels>(std::move(*picture)),
                                   TileSize{1 / s_scale, 1 / t_scale});
   if (created == SU_ERROR_NONE) {
-    find(*out_texture)->fileName = std::filesystem::path(path).filename().string();
+    find(*out_texture)->fileName = utf8(filePath(path).filename());
   }
   return created;
 }
@@ -226,9 +226,9 @@ SUResult SUTextureWriterWriteAllTextures(SUTextureWriterRef writer, const char* 
   if (w == nullptr) return SU_ERROR_INVALID_INPUT;
   if (directory == nullptr) return SU_ERROR_NULL_POINTER_INPUT;
   for (size_t i = 1; i <= w->size(); ++i) {
-    const auto path = std::filesystem::path(directory) / ("texture" + std::to_string(i) + ".png");
+    const auto path = filePath(directory) / ("texture" + std::to_string(i) + ".png");
     const Pixels pixels = render(*w->entry(static_cast<long>(i)), kMaxSide);
-    if (!writePng(pixels, path.string())) return SU_ERROR_SERIALIZATION;
+    if (!writePng(pixels, utf8(path))) return SU_ERROR_SERIALIZATION;
   }
   return SU_ERROR_NONE;
 }

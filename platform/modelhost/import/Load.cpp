@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "core/Paths.h"
 #include "core/Refs.h"
 #include "model/Model.h"
 
@@ -18,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string lowerSuffix(const std::string& path) {
-  std::string suffix = fs::path(path).extension().string();
+  std::string suffix = utf8(filePath(path).extension());
   std::transform(suffix.begin(), suffix.end(), suffix.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return suffix;
@@ -26,21 +27,22 @@ std::string lowerSuffix(const std::string& path) {
 
 void checkReadable(const std::string& path) {
   std::error_code error;
-  const fs::file_status status = fs::status(path, error);
+  const fs::file_status status = fs::status(filePath(path), error);
   if (!fs::exists(status)) throw ImportError(path + ": there is no such file");
   if (fs::is_directory(status)) throw ImportError(path + ": this is a folder, not a file");
-  if (!std::ifstream(path, std::ios::binary)) throw ImportError(path + ": cannot be opened");
+  if (!std::ifstream(filePath(path), std::ios::binary))
+    throw ImportError(path + ": cannot be opened");
 }
 
 // assimp reserves room for as many things as an OFF file says it has, before it reads them.
 void checkOffCounts(const std::string& path) {
-  std::ifstream in(path);
+  std::ifstream in(filePath(path));
   std::string head;
   double vertices = 0;
   double faces = 0;
   if (!(in >> head >> vertices >> faces)) return;
   // Each of them is a line of several numbers.
-  const auto size = static_cast<double>(fs::file_size(path));
+  const auto size = static_cast<double>(fs::file_size(filePath(path)));
   if (vertices * 4 > size || faces * 4 > size) {
     throw ImportError(path + ": it says that it holds more than fits into it");
   }
@@ -51,7 +53,7 @@ std::string read(const std::string& path, SUModelRef ref) {
   if (lowerSuffix(path) == ".off") checkOffCounts(path);
   Model& model = *find(ref);
   model.path = path;
-  model.title = fs::path(path).stem().string();
+  model.title = utf8(filePath(path).stem());
   model.name = model.title;
   return lowerSuffix(path) == ".json" ? importScene(path, ref) : importWithAssimp(path, ref);
 }

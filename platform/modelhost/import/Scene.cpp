@@ -6,10 +6,10 @@
 #include <SketchUpAPI/model/model.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 
 #include "ModelHost.h"
+#include "core/Paths.h"
 #include "core/Refs.h"
 #include "import/Load.h"
 #include "import/SceneValues.h"
@@ -22,7 +22,7 @@ namespace {
 constexpr int kMaxDepth = 200;
 
 SceneNode::Json parse(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(filePath(path), std::ios::binary);
   const auto limitDepth = [](int depth, SceneNode::Json::parse_event_t, SceneNode::Json&) {
     if (depth > kMaxDepth) {
       throw ImportError("objects and lists are nested deeper than " + std::to_string(kMaxDepth));
@@ -177,7 +177,7 @@ std::string importScene(const std::string& path, SUModelRef model) {
     const SceneNode::Json json = parse(path);
     SceneContext context;
     context.model = model;
-    context.folder = std::filesystem::path(path).parent_path().string();
+    context.folder = utf8(filePath(path).parent_path());
     readScene(context, SceneNode(json));
     const std::string left = context.report.text();
     return left.empty() ? left : path + ": left out " + left;

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <numbers>
+
+#include "core/Paths.h"
 
 namespace modelhost {
 
@@ -169,10 +170,10 @@ Pixels fromRows(const SceneNode& node) {
 ScenePicture readScenePicture(const SceneNode& node, const std::string& folder) {
   if (node.isString() || node.has("file")) {
     const SceneNode fileNode = node.isString() ? node : node.at("file");
-    const std::filesystem::path path = std::filesystem::path(folder) / fileNode.text();
-    auto pixels = readPicture(path.string());
-    if (!pixels) fileNode.fail("\"" + path.string() + "\" cannot be read as a picture");
-    return {std::move(*pixels), path.filename().string()};
+    const std::filesystem::path path = filePath(folder) / filePath(fileNode.text());
+    auto pixels = readPicture(utf8(path));
+    if (!pixels) fileNode.fail("\"" + utf8(path) + "\" cannot be read as a picture");
+    return {std::move(*pixels), utf8(path.filename())};
   }
   ScenePicture picture;
   picture.pixels = node.has("rows") ? fromRows(node) : fromPattern(node);

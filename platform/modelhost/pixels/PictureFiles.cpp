@@ -1,10 +1,11 @@
 #include <png.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <vector>
 
+#include "core/Paths.h"
 #include "pixels/Pixels.h"
 
 #define STB_IMAGE_IMPLEMENTATION
@@ -17,6 +18,7 @@
 #define STBI_MAX_DIMENSIONS 32768
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <stb/stb_image.h>
 #pragma GCC diagnostic pop
 
@@ -49,10 +51,6 @@ Pixels fromTopDown(const std::uint8_t* rows, std::size_t width, std::size_t heig
   return pixels;
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 std::optional<Pixels> decodePicture(std::span<const std::uint8_t> file) {
@@ -70,7 +68,7 @@ std::optional<Pixels> decodePicture(std::span<const std::uint8_t> file) {
 }
 
 std::optional<Pixels> readPicture(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(filePath(path), std::ios::binary);
   if (!in) return std::nullopt;
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
   return decodePicture({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
@@ -78,8 +76,6 @@ std::optional<Pixels> readPicture(const std::string& path) {
 
 bool writePng(const Pixels& pixels, const std::string& path) {
   if (pixels.bytes.empty()) return false;
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-  if (!file) return false;
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   image.width = static_cast<png_uint_32>(pixels.width);
@@ -90,7 +86,16 @@ bool writePng(const Pixels& pixels, const std::string& path) {
   image.flags = PNG_IMAGE_FLAG_FAST;
   // A negative stride is for rows that come from the bottom up.
   const auto stride = -static_cast<png_int_32>(pixels.width * pixels.bytesPerPixel());
-  return png_image_write_to_stdio(&image, file.get(), 0, pixels.bytes.data(), stride, nullptr) != 0;
+  png_alloc_size_t bytes = PNG_IMAGE_PNG_SIZE_MAX(image);
+  std::vector<char> file(bytes);
+  if (png_image_write_to_memory(&image, file.data(), &bytes, 0, pixels.bytes.data(), stride,
+                                nullptr) == 0) {
+    return false;
+  }
+  std::ofstream out(filePath(path), std::ios::binary | std::ios::trunc);
+  out.write(file.data(), static_cast<std::streamsize>(bytes));
+  out.close();
+  return static_cast<bool>(out);
 }
 
 }  // namespace modelhost

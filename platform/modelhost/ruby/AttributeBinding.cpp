@@ -127,7 +127,7 @@ VALUE arrayTo(SUTypedValueRef value) {
   size_t count = 0;
   SUTypedValueGetNumArrayItems(value, &count);
   VALUE holder = 0;
-  SUTypedValueRef* items = ALLOCV_N(SUTypedValueRef, holder, count + 1);
+  SUTypedValueRef* items = ALLOCV_N(SUTypedValueRef, holder, static_cast<long>(count + 1));
   SUTypedValueGetArrayItems(value, count, items, &count);
   const VALUE array = rb_ary_new();
   for (size_t i = 0; i < count; ++i) rb_ary_push(array, valueTo(items[i]));

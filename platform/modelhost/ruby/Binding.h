@@ -133,7 +133,7 @@ VALUE readText(Get get, const char* what) {
   size_t length = 0;
   SUStringGetUTF8Length(string, &length);
   VALUE holder = 0;
-  char* bytes = ALLOCV_N(char, holder, length + 1);
+  char* bytes = ALLOCV_N(char, holder, static_cast<long>(length + 1));
   SUStringGetUTF8(string, length + 1, bytes, &length);
   SUStringRelease(&string);
   check(result, what);
@@ -146,7 +146,7 @@ VALUE readText(Get get, const char* what) {
 template <class Ref, class Get>
 VALUE readList(size_t count, Get get, VALUE model) {
   VALUE holder = 0;
-  Ref* refs = ALLOCV_N(Ref, holder, count + 1);
+  Ref* refs = ALLOCV_N(Ref, holder, static_cast<long>(count + 1));
   size_t got = 0;
   if (count > 0) check(get(count, refs, &got), "the list cannot be read");
   const VALUE array = rb_ary_new_capa(static_cast<long>(got));

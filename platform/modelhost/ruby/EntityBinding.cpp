@@ -71,7 +71,8 @@ SUAttributeDictionaryRef findDictionary(SUEntityRef entity, const char* wanted) 
   size_t count = 0;
   SUEntityGetNumAttributeDictionaries(entity, &count);
   VALUE holder = 0;
-  SUAttributeDictionaryRef* all = ALLOCV_N(SUAttributeDictionaryRef, holder, count + 1);
+  SUAttributeDictionaryRef* all =
+      ALLOCV_N(SUAttributeDictionaryRef, holder, static_cast<long>(count + 1));
   SUEntityGetAttributeDictionaries(entity, count, all, &count);
   for (size_t i = 0; i < count && SUIsInvalid(found); ++i) {
     VALUE name = readText([&](SUStringRef* s) { return SUAttributeDictionaryGetName(all[i], s); },

@@ -34,7 +34,7 @@ VALUE pointsOf(SULoopRef loop) {
   size_t count = 0;
   SULoopGetNumVertices(loop, &count);
   VALUE holder = 0;
-  SUVertexRef* vertices = ALLOCV_N(SUVertexRef, holder, count + 1);
+  SUVertexRef* vertices = ALLOCV_N(SUVertexRef, holder, static_cast<long>(count + 1));
   SULoopGetVertices(loop, count, vertices, &count);
   const VALUE points = rb_ary_new();
   for (size_t i = 0; i < count; ++i) {
@@ -58,7 +58,7 @@ VALUE holes(VALUE self) {
   size_t count = 0;
   SUFaceGetNumInnerLoops(face, &count);
   VALUE holder = 0;
-  SULoopRef* loops = ALLOCV_N(SULoopRef, holder, count + 1);
+  SULoopRef* loops = ALLOCV_N(SULoopRef, holder, static_cast<long>(count + 1));
   SUFaceGetInnerLoops(face, count, loops, &count);
   const VALUE outlines = rb_ary_new();
   for (size_t i = 0; i < count; ++i) rb_ary_push(outlines, pointsOf(loops[i]));

@@ -22,7 +22,7 @@ VALUE load(VALUE, VALUE pathValue) {
   size_t length = 0;
   SUStringGetUTF8Length(message, &length);
   VALUE holder = 0;
-  char* text = ALLOCV_N(char, holder, length + 1);
+  char* text = ALLOCV_N(char, holder, static_cast<long>(length + 1));
   SUStringGetUTF8(message, length + 1, text, &length);
   SUStringRelease(&message);
   const VALUE words = textTo(text, length);
