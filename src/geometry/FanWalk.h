@@ -16,7 +16,13 @@ struct FanFace {
   const FaceData* data;
   std::size_t corner;
 
-  double Angle() const { return corner == kNoCorner ? 0.0 : data->AngleAt(corner); }
+  // The face's angle at the vertex as the weight of its normal: rounded to 2^-32, far below what a
+  // normal shows. Libraries differ in an angle's last bits, and where normals cancel each other
+  // nothing but those would be left: one model is to give one mesh on every system.
+  double Weight() const {
+    constexpr double kRounder = 0x1.8p20;
+    return corner == kNoCorner ? 0.0 : (data->AngleAt(corner) + kRounder) - kRounder;
+  }
 };
 
 // Walks the faces around a vertex that smooth edges at the vertex chain together, from `face` on.

@@ -49,7 +49,7 @@ std::unique_ptr<SmoothFans::Fan> SmoothFans::Build(FaceCollector& collector, std
       },
       [&](const FanFace& fanFace) {
         const glm::dvec3 normal = fanFace.data->Normal();
-        fan->terms.push_back({normal * fanFace.Angle(), normal});
+        fan->terms.push_back({normal * fanFace.Weight(), normal});
         return true;
       });
   std::sort(fan->faces.begin(), fan->faces.end());

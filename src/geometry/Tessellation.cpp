@@ -151,7 +151,7 @@ Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexR
         if (met.size() == 1) return true;
         if (met.size() > kLargeFan) return false;
         const Point& normal = fanFace.data->Normal();
-        sum += fanFace.Angle() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
+        sum += fanFace.Weight() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
         return true;
       });
   if (met.size() == 1) return own;

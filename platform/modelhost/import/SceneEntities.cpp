@@ -12,6 +12,7 @@
 #include "import/ScenePictures.h"
 #include "model/Components.h"
 #include "model/ImageRep.h"
+#include "model/Turn.h"
 
 namespace modelhost {
 
@@ -32,11 +33,9 @@ SUTransformation scaling(double x, double y, double z) {
 // About an axis through the origin, of any length but 0; counter-clockwise seen from its tip.
 SUTransformation rotation(const SUVector3D& axis, double degrees) {
   const SUVector3D a = unit(axis);
-  const double angle = degrees * std::numbers::pi / 180;
-  // Quarter turns are exact: what libraries give instead of 0 differs from one system to another.
-  const auto exact = [](double value) { return std::abs(value) < 1e-15 ? 0.0 : value; };
-  const double c = exact(std::cos(angle));
-  const double s = exact(std::sin(angle));
+  const Turn turn(degrees * std::numbers::pi / 180);
+  const double c = turn.cos;
+  const double s = turn.sin;
   const double k = 1 - c;
   return {{c + a.x * a.x * k, a.y * a.x * k + a.z * s, a.z * a.x * k - a.y * s, 0,
            a.x * a.y * k - a.z * s, c + a.y * a.y * k, a.z * a.y * k + a.x * s, 0,

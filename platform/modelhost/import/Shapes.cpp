@@ -1,4 +1,5 @@
 #include "import/Shapes.h"
+#include "model/Turn.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,9 +23,9 @@ void addPolygon(PolygonMesh& mesh, Ring corners) {
 Ring addRing(PolygonMesh& mesh, const SUPoint3D& center, double radius, std::size_t sides) {
   Ring ring;
   for (std::size_t i = 0; i < sides; ++i) {
-    const double angle = 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(sides);
-    ring.push_back(addPoint(mesh, {center.x + radius * std::cos(angle),
-                                   center.y + radius * std::sin(angle), center.z}));
+    const Turn turn(2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(sides));
+    ring.push_back(
+        addPoint(mesh, {center.x + radius * turn.cos, center.y + radius * turn.sin, center.z}));
   }
   return ring;
 }
@@ -98,11 +99,10 @@ void addSphere(PolygonMesh& mesh, const SUPoint3D& center, double radius, std::s
   const std::size_t rings = std::max<std::size_t>(sides / 2, 2);
   Ring below{addPoint(mesh, {center.x, center.y, center.z - radius})};
   for (std::size_t i = 1; i <= rings; ++i) {
-    const double angle =
-        std::numbers::pi * (static_cast<double>(i) / static_cast<double>(rings) - 0.5);
-    const SUPoint3D middle{center.x, center.y, center.z + radius * std::sin(angle)};
-    const Ring above = i == rings ? Ring{addPoint(mesh, middle)}
-                                  : addRing(mesh, middle, radius * std::cos(angle), sides);
+    const Turn turn(std::numbers::pi * (static_cast<double>(i) / static_cast<double>(rings) - 0.5));
+    const SUPoint3D middle{center.x, center.y, center.z + radius * turn.sin};
+    const Ring above =
+        i == rings ? Ring{addPoint(mesh, middle)} : addRing(mesh, middle, radius * turn.cos, sides);
     addWalls(mesh, below, above);
     below = above;
   }
