@@ -4,7 +4,7 @@
 
 namespace modelhost {
 
-// Cosine and sine of an angle in radians, rounded to 2^-36. What the libraries of two systems give
+// Cosine and sine of an angle in radians, rounded to 2^-44. What the libraries of two systems give
 // differs in the last bits, above all instead of 0; rounded, a model has the same points everywhere.
 struct Turn {
   double cos;
@@ -14,7 +14,7 @@ struct Turn {
 
  private:
   static double rounded(double value) {
-    constexpr double kSteps = 0x1p36;
+    constexpr double kSteps = 0x1p44;
     return std::nearbyint(value * kSteps) / kSteps;
   }
 };
