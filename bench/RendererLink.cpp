@@ -8,7 +8,7 @@ namespace bench {
 
 RendererLink::RendererLink(const std::string& directory) {
   quellix::EnsureWx();
-  if (!link.OpenChannel(this)) throw std::runtime_error("no channel to the renderer");
+  if (!link.OpenChannel(&receiver)) throw std::runtime_error("no channel to the renderer");
   if (!link.LaunchApp(directory)) {
     link.ReleaseChannel();
     throw std::runtime_error("no renderer in " + directory);

@@ -111,7 +111,7 @@ void EventPeer::Watch() const {
 }
 
 EventPeer::Outcome EventPeer::Wait(std::chrono::milliseconds timeout) {
-  if (timeout.count() > 0 && !LooksSignaled()) Watch();
+  if (timeout.count() > 0) Watch();
   Lock lock = TryLock(state_->mutex);
   if (!lock.owns()) return Outcome::Locked;
   if (state_->signaled != 0) return Outcome::Signaled;

@@ -183,21 +183,17 @@ std::uint32_t FaceCollector::EdgeIndex(SUEdgeRef su_edge) {
   return index;
 }
 
+std::uint32_t FaceCollector::Meet(SUFaceRef su_face) {
+  const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
+  return FaceIndex(su_face);
+}
+
 const FaceData& FaceCollector::CollectFaceData(SUFaceRef su_face) {
-  std::uint32_t face = 0;
-  {
-    const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
-    face = FaceIndex(su_face);
-  }
-  return ReadFace(face);
+  return ReadFace(Meet(su_face));
 }
 
 std::uint32_t FaceCollector::CollectFace(SUFaceRef su_face) {
-  std::uint32_t face = 0;
-  {
-    const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
-    face = FaceIndex(su_face);
-  }
+  const std::uint32_t face = Meet(su_face);
   return ReadFace(face).Valid() ? face : kNone;
 }
 

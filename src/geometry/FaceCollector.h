@@ -101,6 +101,7 @@ class FaceCollector {
   };
   struct Scratch;
 
+  std::uint32_t Meet(SUFaceRef su_face);
   std::uint32_t FaceIndex(SUFaceRef su_face);
   std::uint32_t EdgeIndex(SUEdgeRef su_edge);
   void Collect(std::uint32_t face);

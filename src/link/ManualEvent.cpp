@@ -127,12 +127,11 @@ bool ManualEvent::ConfirmSignaled() {
 // little and a short one is seen early. Whoever waits on the other side may use the condition: Set
 // notifies it.
 bool ManualEvent::Wait(std::uint32_t timeoutMs) {
+  if (timeoutMs == 0) return LooksSignaled() && ConfirmSignaled();
   // The first looks come without a clock, which costs more than they do.
-  const int looks = timeoutMs == 0 ? 1 : kClocklessLooks;
-  for (int i = 0; i < looks; ++i) {
-    if (LooksSignaled()) return ConfirmSignaled();
+  for (int i = 0; i < kClocklessLooks; ++i) {
+    if (LooksSignaled() && ConfirmSignaled()) return true;
   }
-  if (timeoutMs == 0) return false;
 
   const Clock::time_point start = Clock::now();
   const Clock::time_point deadline = timeoutMs == kInfinite
@@ -143,7 +142,7 @@ bool ManualEvent::Wait(std::uint32_t timeoutMs) {
     return SleepUntil(Clock::time_point(Clock::duration(before)), deadline);
   }
   const Clock::time_point watchEnd = std::min<Clock::time_point>(deadline, start + WatchTime());
-  if (WatchUntil(start, watchEnd)) return ConfirmSignaled();
+  if (WatchUntil(start, watchEnd) && ConfirmSignaled()) return true;
   waitingSince.store(start.time_since_epoch().count(), std::memory_order_relaxed);
   return SleepUntil(start, deadline);
 }

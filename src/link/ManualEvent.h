@@ -72,7 +72,7 @@ class ManualEvent {
   boost::interprocess::managed_shared_memory segment;
   wire::EventState* state;
   PeerAlive peerAlive;
-  // When the waits began that have ended without the event so far.
+  // When the waits began that the event, since its last reset, has not answered while they watched.
   std::atomic<Clock::rep> waitingSince{kNotWaiting};
   std::optional<ObjectIdentity> identity;
 };
