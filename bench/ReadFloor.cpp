@@ -53,9 +53,11 @@ enum class Call : std::uint8_t {
   Slot,     // which of the helpers alive the following calls are about
 };
 
+// Looked at in every call of an export, also in those that are timed: it must cost them nothing.
+constinit std::atomic<bool> recording{false};
+
 struct Recorder {
   std::mutex mutex;
-  std::atomic<bool> on{false};
   // What was called, and with which handle or number.
   std::deque<Call> what;
   std::deque<std::uint64_t> values;
@@ -83,8 +85,8 @@ std::uint64_t Value(Ref su_ref) {
 
 template <class Ref>
 void Record(Call call, Ref su_ref, std::int64_t length = -1) {
+  if (!recording.load(std::memory_order_relaxed)) return;
   Recorder& recorder = TheRecorder();
-  if (!recorder.on.load(std::memory_order_relaxed)) return;
   const std::lock_guard lock(recorder.mutex);
   if (length >= 0) Write(recorder, Call::Length, static_cast<std::uint64_t>(length));
   Write(recorder, call, Value(su_ref));
@@ -92,8 +94,8 @@ void Record(Call call, Ref su_ref, std::int64_t length = -1) {
 
 // Asks something of a helper, or gives it back.
 void RecordHelperCall(Call call, void* helper) {
+  if (!recording.load(std::memory_order_relaxed)) return;
   Recorder& recorder = TheRecorder();
-  if (!recorder.on.load(std::memory_order_relaxed)) return;
   const std::lock_guard lock(recorder.mutex);
   const auto slot = recorder.slots.find(helper);
   if (slot == recorder.slots.end()) return;
@@ -105,8 +107,8 @@ void RecordHelperCall(Call call, void* helper) {
 }
 
 void RecordNewHelper(SUFaceRef su_face, bool front, long textureId, void* helper) {
+  if (!recording.load(std::memory_order_relaxed)) return;
   Recorder& recorder = TheRecorder();
-  if (!recorder.on.load(std::memory_order_relaxed)) return;
   const std::lock_guard lock(recorder.mutex);
   std::uint64_t slot = recorder.slots.size();
   if (!recorder.freeSlots.empty()) {
@@ -187,11 +189,11 @@ void StartRecordingCalls() {
   TheRecorder().what.clear();
   TheRecorder().values.clear();
   TheRecorder().calls = 0;
-  TheRecorder().on = true;
+  recording = true;
 }
 
 void StopRecordingCalls() {
-  TheRecorder().on = false;
+  recording = false;
 }
 
 std::size_t RecordedCalls() {
