@@ -43,6 +43,7 @@ class FaceData {
   };
 
   SUFaceRef Handle() const { return su_face; }
+  bool IsRead() const { return state.load(std::memory_order_acquire) == State::Read; }
   // Only a valid face has loops and a normal. For a face that is read.
   bool Valid() const { return valid; }
   // A walk over a smoothing group has reached the face.
@@ -123,7 +124,9 @@ void FaceData::ForEachCornerAt(SUVertexRef su_vertex, Visit&& visit) const {
   const std::span<const SUVertexRef> su_vertices = Vertices();
   if (!HasOrder(cornerCount)) {
     for (std::size_t i = 0; i < su_vertices.size(); ++i) {
-      if (SUAreEqual(su_vertices[i], su_vertex)) visit(i);
+      if (!SUAreEqual(su_vertices[i], su_vertex)) continue;
+      visit(i);
+      if (!repeated) return;
     }
     return;
   }

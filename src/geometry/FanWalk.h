@@ -25,6 +25,43 @@ struct FanFace {
   }
 };
 
+// The same faces as WalkFan gives, without a list of those met, where each has one corner at the
+// vertex and no smooth edge there has more than two: nearly everywhere. The first face has its
+// corner at the vertex. They come as they lie around the vertex: from the first one over the edge
+// that leaves its corner, then over the other one. `visit(fanFace)` returns false to stop. False
+// when the walk was stopped or the faces do not lie like that; some were visited then.
+template <class Visit>
+bool TurnAround(FaceCollector& collector, std::uint32_t face, std::size_t corner, Visit&& visit) {
+  const FaceData& first = collector.Face(face);
+  if (first.HasRepeatedVertices() || !visit(FanFace{&first, corner})) return false;
+  const SUVertexRef su_vertex = first.Vertices()[corner];
+  const std::uint32_t ways[] = {first.Edges()[corner],
+                                first.Edges()[first.LoopOf(corner).Previous(corner)]};
+  for (const std::uint32_t way : ways) {
+    std::uint32_t at = face;
+    for (std::uint32_t edge = way;;) {
+      const std::span<const std::uint32_t> beside = collector.FacesAt(edge);
+      if (beside.size() < 2) break;
+      if (beside.size() > 2 || (beside[0] == at) == (beside[1] == at)) return false;
+      const std::uint32_t next = beside[0] == at ? beside[1] : beside[0];
+      if (next == face) return true;
+      const FaceData& data = collector.ReadFace(next);
+      if (!data.Valid()) break;
+      if (data.HasRepeatedVertices()) return false;
+      FanFace fanFace{&data, FanFace::kNoCorner};
+      data.ForEachCornerAt(su_vertex, [&](std::size_t found) { fanFace.corner = found; });
+      if (fanFace.corner == FanFace::kNoCorner || !visit(fanFace)) return false;
+      const std::uint32_t before =
+          data.Edges()[data.LoopOf(fanFace.corner).Previous(fanFace.corner)];
+      const std::uint32_t after = data.Edges()[fanFace.corner];
+      if (before != edge && after != edge) return false;
+      edge = before == edge ? after : before;
+      at = next;
+    }
+  }
+  return true;
+}
+
 // Walks the faces around a vertex that smooth edges at the vertex chain together, from `face` on.
 // `isNew(face)` tells a face not met before and remembers it; `visit(fanFace)` gets each valid face
 // and returns false to stop the walk. False when the walk was stopped.

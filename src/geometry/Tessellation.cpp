@@ -87,15 +87,13 @@ void TurnAlong(const Point& normal, TessMesh& mesh) {
 void FillLoopNormals(FaceCollector& collector, std::uint32_t face, std::vector<Point>& normals) {
   const FaceData& data = collector.Face(face);
   const std::span<const std::uint32_t> edges = data.Edges();
-  const std::span<const SUVertexRef> su_vertices = data.Vertices();
   for (std::size_t l = 0; l < data.LoopCount(); ++l) {
     const FaceData::LoopRange loop = data.Loop(l);
     bool smoothBefore = collector.IsSmoothEdge(edges[loop.end - 1]);
     for (std::size_t i = loop.begin; i < loop.end; ++i) {
       const bool smoothAfter = collector.IsSmoothEdge(edges[i]);
       const bool alone = !smoothBefore && !smoothAfter && !data.HasRepeatedVertices();
-      normals.push_back(alone ? data.Normal()
-                              : SmoothVertexNormal(collector, face, su_vertices[i]));
+      normals.push_back(alone ? data.Normal() : SmoothVertexNormal(collector, face, i));
       smoothBefore = smoothAfter;
     }
   }
@@ -123,8 +121,9 @@ void TessMesh::Clear() {
 
 bool TessellateFace(FaceCollector& collector, std::uint32_t face, TessMesh& mesh) {
   mesh.Clear();
-  if (face == FaceCollector::kNone || !collector.Face(face).Valid()) return false;
-  const FaceData& data = collector.Face(face);
+  if (face == FaceCollector::kNone) return false;
+  const FaceData& data = collector.ReadFace(face);
+  if (!data.Valid()) return false;
   FillVertices(collector, face, mesh);
   if (data.LoopCount() == 1 && data.Openings().empty() &&
       IsConvexRing(mesh.positions, data.Normal())) {
@@ -136,10 +135,32 @@ bool TessellateFace(FaceCollector& collector, std::uint32_t face, TessMesh& mesh
   return !mesh.indexes.empty();
 }
 
-Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex) {
-  const Point own = collector.Face(face).Normal();
-  boost::container::small_vector<std::uint32_t, kLargeFan> met;
+Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, std::size_t corner) {
+  const FaceData& first = collector.Face(face);
+  const Point own = first.Normal();
   Point sum(0.0);
+  const auto add = [&](const FanFace& fanFace) {
+    const Point& normal = fanFace.data->Normal();
+    sum += fanFace.Weight() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
+  };
+  const auto mean = [&] {
+    const double length = glm::length(sum);
+    return length < kNoLength ? own : sum / length;
+  };
+
+  std::size_t faces = 0;
+  const bool simple = TurnAround(collector, face, corner, [&](const FanFace& fanFace) {
+    if (++faces > kLargeFan) return false;
+    // The first one's weight is not needed when it is the only one.
+    if (faces == 2) add(FanFace{&first, corner});
+    if (faces > 1) add(fanFace);
+    return true;
+  });
+  if (simple) return faces == 1 ? own : mean();
+
+  const SUVertexRef su_vertex = first.Vertices()[corner];
+  boost::container::small_vector<std::uint32_t, kLargeFan> met;
+  sum = Point(0.0);
   const bool whole = WalkFan(
       collector, face, su_vertex,
       [&](std::uint32_t next) {
@@ -150,14 +171,12 @@ Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexR
       [&](const FanFace& fanFace) {
         if (met.size() == 1) return true;
         if (met.size() > kLargeFan) return false;
-        const Point& normal = fanFace.data->Normal();
-        sum += fanFace.Weight() * (glm::dot(normal, own) < 0.0 ? -normal : normal);
+        add(fanFace);
         return true;
       });
   if (met.size() == 1) return own;
   if (!whole) sum = collector.Fans().WeightedSum(collector, face, su_vertex);
-  const double length = glm::length(sum);
-  return length < kNoLength ? own : sum / length;
+  return mean();
 }
 
 // Sides without length are left out: a repeated point would hide the turn at the corner that it

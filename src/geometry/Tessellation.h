@@ -27,9 +27,10 @@ struct TessMesh {
 // that CollectSmoothingGroup gave.
 bool TessellateFace(FaceCollector& collector, std::uint32_t face, TessMesh& mesh);
 
-// The angle-weighted mean of the normals of the faces that smooth edges at the vertex chain to
-// `face`, those that look the other way turned around. Hard edges keep the faces beyond them out.
-Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, SUVertexRef su_vertex);
+// The angle-weighted mean of the normals of the faces that smooth edges at the corner's vertex
+// chain to `face`, those that look the other way turned around. Hard edges keep the faces beyond
+// them out.
+Point SmoothVertexNormal(FaceCollector& collector, std::uint32_t face, std::size_t corner);
 
 // Whether the ring turns left everywhere, seen with `normal` pointing at the viewer; straight
 // corners do not matter.

@@ -1,8 +1,12 @@
+#include <algorithm>
 #include <cmath>
+#include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "ScriptedHost.h"
+#include "geometry/FanWalk.h"
 #include "geometry/Tessellation.h"
 
 namespace quellix {
@@ -11,7 +15,10 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 
 Point NormalAt(FaceCollector& collector, scripted::Face* face, scripted::Vertex* vertex) {
-  return SmoothVertexNormal(collector, collector.CollectSmoothingGroup(face->ref()), {vertex});
+  const std::uint32_t index = collector.CollectSmoothingGroup(face->ref());
+  std::size_t corner = 0;
+  collector.Face(index).ForEachCornerAt({vertex}, [&](std::size_t found) { corner = found; });
+  return SmoothVertexNormal(collector, index, corner);
 }
 
 void ExpectNear(const Point& got, const Point& wanted, double tolerance = 1e-12) {
@@ -174,6 +181,76 @@ TEST(SmoothVertexNormal, LargeFansDoNotDependOnTheOrderOfAsking) {
     EXPECT_EQ(NormalAt(backwards, cone.faces[i], cone.apex), first[i]);
     EXPECT_EQ(NormalAt(forwards, cone.faces[i], cone.apex), first[i]);
   }
+}
+
+std::vector<std::uint32_t> Walked(FaceCollector& collector, std::uint32_t face,
+                                  SUVertexRef su_vertex) {
+  std::vector<std::uint32_t> met;
+  WalkFan(
+      collector, face, su_vertex,
+      [&](std::uint32_t next) {
+        if (std::find(met.begin(), met.end(), next) != met.end()) return false;
+        met.push_back(next);
+        return true;
+      },
+      [](const FanFace&) { return true; });
+  std::sort(met.begin(), met.end());
+  return met;
+}
+
+// Squares in rows whose inner edges are smooth or not at random, a face beyond some of the edges as
+// a third one, one that cannot be read, and one that comes to the same vertex twice.
+TEST(TurnAround, GivesTheFacesOfTheWalkWhereverItGoesRound) {
+  constexpr int kSide = 24;
+  scripted::Host host;
+  std::vector<scripted::Vertex*> grid;
+  for (int i = 0; i < kSide * kSide; ++i) grid.push_back(host.AddVertex({i % kSide, i / kSide, 0}));
+  const auto at = [&](int x, int y) { return grid[static_cast<std::size_t>(y * kSide + x)]; };
+  std::vector<scripted::Face*> faces;
+  for (int y = 0; y + 1 < kSide; ++y) {
+    for (int x = 0; x + 1 < kSide; ++x) {
+      faces.push_back(host.AddFace({at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y + 1)}));
+    }
+  }
+  std::mt19937 random(11);
+  for (int i = 0; i < kSide * kSide; ++i) {
+    const int x = i % kSide;
+    const int y = i / kSide;
+    if (x + 1 < kSide && random() % 3 != 0) host.MakeSmooth(at(x, y), at(x + 1, y));
+    if (y + 1 < kSide && random() % 3 != 0) host.MakeSmooth(at(x, y), at(x, y + 1));
+  }
+  for (int k = 2; k < kSide - 1; k += 5) {
+    faces.push_back(host.AddFace({at(k, k), at(k + 1, k), host.AddVertex({k, k, 1})}));
+  }
+  faces[40]->planeFails = true;
+  faces.push_back(host.AddFace({at(9, 4), at(10, 4), host.AddVertex({10, 3, 1}), at(9, 4),
+                                host.AddVertex({8, 3, 1}), host.AddVertex({8, 4, 1})}));
+
+  FaceCollector collector;
+  int round = 0;
+  int notRound = 0;
+  for (scripted::Face* scriptedFace : faces) {
+    const FaceData& read = collector.CollectFaceData(scriptedFace->ref());
+    if (!read.Valid()) continue;
+    const std::uint32_t face = collector.FindFace(scriptedFace->ref());
+    for (std::size_t corner = 0; corner < read.CornerCount(); ++corner) {
+      std::vector<std::uint32_t> turned;
+      const bool simple = TurnAround(collector, face, corner, [&](const FanFace& fanFace) {
+        turned.push_back(collector.FindFace(fanFace.data->Handle()));
+        EXPECT_TRUE(SUAreEqual(fanFace.data->Vertices()[fanFace.corner], read.Vertices()[corner]));
+        return true;
+      });
+      ++(simple ? round : notRound);
+      if (!simple) continue;
+      std::sort(turned.begin(), turned.end());
+      std::vector<std::uint32_t> walked = Walked(collector, face, read.Vertices()[corner]);
+      // The walk also meets the one that cannot be read.
+      std::erase_if(walked, [&](std::uint32_t met) { return !collector.Face(met).Valid(); });
+      EXPECT_EQ(turned, walked) << "face " << face << ", corner " << corner;
+    }
+  }
+  EXPECT_GT(round, 2000);
+  EXPECT_GT(notRound, 10) << "three faces at an edge, and a vertex at two corners";
 }
 
 }  // namespace
