@@ -44,10 +44,9 @@ const std::vector<SUFaceRef>& Faces() {
 }
 
 // Into a buffer as an export fills it: not touched before, grown as it goes.
-void AppendOwn(FaceCollector& collector, std::uint32_t face, TessMesh& mesh,
-               MeshBuffer& buffer) {
+void AppendOwn(FaceCollector& collector, std::uint32_t face, TessMesh& mesh, MeshBuffer& buffer) {
   if (!TessellateFace(collector, face, mesh)) return;
-  AppendFace({mesh.positions, mesh.normals, mesh.indexes, {}, {}, 0, 1}, glm::mat4(1.0f), buffer);
+  AppendFace({mesh.positions, mesh.normals, mesh.indexes, {}, {}, 0, 1}, FaceTransform(), buffer);
 }
 
 std::size_t OwnPath(MeshBuffer& buffer) {
@@ -180,7 +179,7 @@ void BM_MeshHelperPath(benchmark::State& state) {
       MeshHelper helper;
       helper.Create(su_face);
       helper.Read(mesh);
-      AppendFace({mesh.positions, mesh.normals, mesh.indexes, {}, {}, 0, 1}, glm::mat4(1.0f),
+      AppendFace({mesh.positions, mesh.normals, mesh.indexes, {}, {}, 0, 1}, FaceTransform(),
                  buffer);
     }
     benchmark::ClobberMemory();

@@ -75,7 +75,8 @@ void InheritanceManager::PushImage(SUImageRef su_image) {
 }
 
 void InheritanceManager::PushFace(SUFaceRef su_face) {
-  PushTransform(glm::mat4(1.0f));
+  transforms.push_back(CurrentTransform());
+  lastLocal = glm::mat4(1.0f);
   const FaceTextures ids = LoadFaceTextures(textureWriter, su_face);
   SUMaterialRef su_front = SU_INVALID;
   if (SUFaceGetFrontMaterial(su_face, &su_front) != SU_ERROR_NONE) SUSetInvalid(su_front);

@@ -20,6 +20,7 @@ struct Scratch {
   TessMesh host;
   UvList frontUv;
   UvList backUv;
+  FaceTransform transform;
 };
 
 UvHelpers MakeUvHelpers(SUFaceRef su_face, const FaceContext& context) {
@@ -42,9 +43,10 @@ void AppendChosen(const TessMesh& mesh, const UvHelpers& uvHelpers, const FaceCo
     const ScopedTiming timing(Timings().uvHelper);
     uvHelpers.Evaluate(mesh.positions, scratch.frontUv, scratch.backUv);
   }
+  scratch.transform.Set(context.transform);
   AppendFace({mesh.positions, mesh.normals, mesh.indexes, scratch.frontUv, scratch.backUv,
               context.front.index, context.back.index},
-             context.transform, buffer);
+             scratch.transform, buffer);
 }
 
 }  // namespace

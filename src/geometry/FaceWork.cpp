@@ -15,6 +15,7 @@ struct Scratch {
   TessMesh mesh;
   UvList frontUv;
   UvList backUv;
+  FaceTransform transform;
 };
 
 Scratch& ThreadScratch() {
@@ -45,13 +46,15 @@ std::uint32_t Keep(const UvList& uv, UvList& all) {
   return start;
 }
 
-void AddMesh(const TessMesh& mesh, std::span<const glm::vec2> frontUv,
+// `mesh` and the coordinates may be the scratch's own.
+void AddMesh(Scratch& scratch, const TessMesh& mesh, std::span<const glm::vec2> frontUv,
              std::span<const glm::vec2> backUv, FaceWork& work, FaceChunk& chunk) {
   const FaceContext& context = chunk.ContextOf(work);
   const std::size_t words = chunk.mesh.triangles.size();
+  scratch.transform.Set(context.transform);
   AppendFace({mesh.positions, mesh.normals, mesh.indexes, frontUv, backUv, context.front.index,
               context.back.index},
-             context.transform, chunk.mesh);
+             scratch.transform, chunk.mesh);
   work.vertices = static_cast<std::uint32_t>(mesh.positions.size());
   work.triangleWords = static_cast<std::uint32_t>(chunk.mesh.triangles.size() - words);
   work.done = true;
@@ -104,11 +107,12 @@ void EvaluateUv(const UvHelpers& uvHelpers, std::span<const Point> points, FaceW
 
 void BuildOwnMesh(FaceCollector& collector, FaceWork& work, FaceChunk& chunk) {
   if (work.face == FaceCollector::kNone) return;
-  TessMesh& mesh = ThreadScratch().mesh;
+  Scratch& scratch = ThreadScratch();
+  TessMesh& mesh = scratch.mesh;
   if (!TessellateFace(collector, work.face, mesh)) return;
   const std::size_t points = mesh.positions.size();
-  AddMesh(mesh, UvFrom(chunk, work.frontUv, points), UvFrom(chunk, work.backUv, points), work,
-          chunk);
+  AddMesh(scratch, mesh, UvFrom(chunk, work.frontUv, points), UvFrom(chunk, work.backUv, points),
+          work, chunk);
 }
 
 void BuildHelperMesh(FaceWork& work, FaceChunk& chunk) {
@@ -128,7 +132,7 @@ void BuildHelperMesh(FaceWork& work, FaceChunk& chunk) {
     if (!work.uvHelpers.HasAny()) work.uvHelpers = UvHelpers(work.su_face, context);
     work.uvHelpers.Evaluate(scratch.mesh.positions, scratch.frontUv, scratch.backUv);
   }
-  AddMesh(scratch.mesh, scratch.frontUv, scratch.backUv, work, chunk);
+  AddMesh(scratch, scratch.mesh, scratch.frontUv, scratch.backUv, work, chunk);
 }
 
 void AppendPart(const MeshBuffer& part, std::size_t firstVertex, std::size_t vertices,

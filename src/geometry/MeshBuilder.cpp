@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "support/Finite.h"
 #include "support/TimingLog.h"
@@ -32,8 +33,12 @@ float Area(const glm::vec3& a, const glm::vec3& b, const glm::vec3& c) {
 
 }  // namespace
 
-FaceTransform::FaceTransform(const glm::mat4& transform)
-    : matrix(transform), normalMatrix(NormalMatrix(glm::mat3(transform))) {}
+// Compared bit by bit: a zero's sign shows in what is made of it.
+void FaceTransform::Set(const glm::mat4& transform) {
+  if (std::memcmp(&matrix, &transform, sizeof matrix) == 0) return;
+  matrix = transform;
+  normalMatrix = NormalMatrix(glm::mat3(transform));
+}
 
 glm::vec3 FaceTransform::Position(const glm::dvec3& position) const {
   return glm::vec3(matrix * glm::vec4(glm::vec3(position), 1.0f));
@@ -45,17 +50,16 @@ glm::vec3 FaceTransform::Normal(const glm::dvec3& normal) const {
   return length > kNoLength ? turned / length : turned;
 }
 
-void AppendFace(const FaceMesh& face, const glm::mat4& transform, MeshBuffer& buffer) {
-  const FaceTransform faceTransform(transform);
+void AppendFace(const FaceMesh& face, const FaceTransform& transform, MeshBuffer& buffer) {
   const std::size_t first = buffer.vertices.size();
   buffer.vertices.resize(first + face.positions.size());
   MeshVertex* const own = buffer.vertices.data() + first;
   for (std::size_t i = 0; i < face.positions.size(); ++i) {
     // Most corners of a flat face share its normal.
     const bool again = i > 0 && face.normals[i] == face.normals[i - 1];
-    own[i] = {faceTransform.Position(face.positions[i]),
-              again ? own[i - 1].normal : faceTransform.Normal(face.normals[i]),
-              UvAt(face.frontUv, i), UvAt(face.backUv, i)};
+    own[i] = {transform.Position(face.positions[i]),
+              again ? own[i - 1].normal : transform.Normal(face.normals[i]), UvAt(face.frontUv, i),
+              UvAt(face.backUv, i)};
   }
 
   // One face of places that are no numbers must not take the whole mesh along.

@@ -16,17 +16,21 @@ namespace quellix {
 // A face's 4x4 transform with the matrix for its normals, in single precision.
 class FaceTransform {
  public:
-  explicit FaceTransform(const glm::mat4& transform);
+  FaceTransform() = default;
+  explicit FaceTransform(const glm::mat4& transform) { Set(transform); }
+
+  // Neighbouring faces mostly have the same transform: what comes again costs a comparison.
+  void Set(const glm::mat4& transform);
 
   glm::vec3 Position(const glm::dvec3& position) const;
   // Unit length; a normal that comes out shorter than 1e-5 is left as it is.
   glm::vec3 Normal(const glm::dvec3& normal) const;
 
  private:
-  glm::mat4 matrix;
+  glm::mat4 matrix{1.0f};
   // The inverse transpose of the upper 3x3, which keeps normals perpendicular under any scale; the
   // 3x3 itself where it cannot be inverted.
-  glm::mat3 normalMatrix;
+  glm::mat3 normalMatrix{1.0f};
 };
 
 // Texture coordinates per vertex; vertices beyond the end have (0, 0).
@@ -45,6 +49,6 @@ struct FaceMesh {
 
 // Appends all vertices, and the triangles whose transformed area is at least 1e-10; vertices of the
 // others stay. Indexes are offset by the vertices that the buffer held before.
-void AppendFace(const FaceMesh& face, const glm::mat4& transform, MeshBuffer& buffer);
+void AppendFace(const FaceMesh& face, const FaceTransform& transform, MeshBuffer& buffer);
 
 }  // namespace quellix

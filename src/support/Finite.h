@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -11,14 +12,16 @@
 
 namespace quellix {
 
-// Whether every value is finite; tests the exponent bits, so that the loop vectorises.
+// Whether every value is finite. Without their signs, floats are ordered as their bits are, and
+// what is not finite comes last: the largest tells.
 inline bool AllFinite(const float* values, std::size_t count) {
-  constexpr std::uint32_t kExponent = 0x7f800000;
-  std::uint32_t found = 0;
+  constexpr std::uint32_t kNoSign = 0x7fffffff;
+  constexpr std::uint32_t kInfinity = 0x7f800000;
+  std::uint32_t largest = 0;
   for (std::size_t i = 0; i < count; ++i) {
-    found |= (std::bit_cast<std::uint32_t>(values[i]) & kExponent) == kExponent ? 1u : 0u;
+    largest = std::max(largest, std::bit_cast<std::uint32_t>(values[i]) & kNoSign);
   }
-  return found == 0;
+  return largest < kInfinity;
 }
 
 // The value in single precision, or the fallback when it has none.
