@@ -54,9 +54,10 @@ std::vector<Point> ReadOpening(SUOpeningRef su_opening) {
   return points;
 }
 
-// Waits for another thread that reads a face or an edge, which takes it a moment.
+// Waits for another thread that reads a face or an edge, which takes it a moment. It never waits
+// for others before that is done, so no two threads wait for each other.
 template <class Done>
-void Await(Done&& done) {
+void AwaitReader(Done&& done) {
   constexpr int kLooks = 64;
   for (int looks = 0; !done(); ++looks) {
     if (looks >= kLooks) std::this_thread::yield();
@@ -153,7 +154,7 @@ void FaceCollector::Clear() {
   edgeIndexes.Clear();
   faces.Clear();
   edges.Clear();
-  memory.release();
+  memory.Clear();
   fans.Clear();
 }
 
@@ -164,49 +165,49 @@ void FaceCollector::Reserve(std::uint64_t faceCount) {
   edgeIndexes.Reserve(kEdgesPerFace * faceCount);
 }
 
-// Under the lock.
+// The face's index; a face not met before is listed.
 std::uint32_t FaceCollector::FaceIndex(SUFaceRef su_face) {
-  const auto next = static_cast<std::uint32_t>(faces.size());
-  const std::uint32_t index = faceIndexes.FindOrInsert(
-      HandleKey(su_face), next, [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
-  if (index == next) faces.Append().su_face = su_face;
-  return index;
-}
-
-// Under the lock.
-std::uint32_t FaceCollector::EdgeIndex(SUEdgeRef su_edge) {
-  const auto next = static_cast<std::uint32_t>(edges.size());
-  const std::uint64_t key = HandleKey(su_edge);
-  const std::uint32_t index =
-      edgeIndexes.FindOrInsert(key, next, [this](std::uint32_t i) { return edges[i].key; });
-  if (index == next) edges.Append().key = key;
-  return index;
-}
-
-std::uint32_t FaceCollector::Meet(SUFaceRef su_face) {
-  const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
-  return FaceIndex(su_face);
+  const auto keyAt = [this](std::uint32_t i) { return HandleKey(faces[i].su_face); };
+  const std::uint64_t key = HandleKey(su_face);
+  const std::uint32_t known = faceIndexes.Find(key, keyAt);
+  if (known != kNone) return known;
+  const auto next = static_cast<std::uint32_t>(faces.Append());
+  return faceIndexes.FindOrInsert(key, next, keyAt, [&] { faces[next].su_face = su_face; });
 }
 
 const FaceData& FaceCollector::CollectFaceData(SUFaceRef su_face) {
-  return ReadFace(Meet(su_face));
+  return ReadFace(FaceIndex(su_face));
 }
 
 std::uint32_t FaceCollector::CollectFace(SUFaceRef su_face) {
-  const std::uint32_t face = Meet(su_face);
-  return ReadFace(face).Valid() ? face : kNone;
+  const std::uint32_t face = FaceIndex(su_face);
+  Collect(face);
+  return face;
 }
 
-void FaceCollector::Collect(std::uint32_t face) {
+// Reads the face if nobody has begun to; false when somebody had.
+bool FaceCollector::Collect(std::uint32_t face) {
   using State = FaceData::State;
-  FaceData& data = faces[face];
-  if (data.state.load(std::memory_order_acquire) == State::Read) return;
   State state = State::Unread;
-  if (data.state.compare_exchange_strong(state, State::Reading, std::memory_order_acquire)) {
-    CollectUnread(face);
-    return;
+  if (!faces[face].state.compare_exchange_strong(state, State::Reading,
+                                                 std::memory_order_acquire)) {
+    return false;
   }
-  Await([&] { return data.state.load(std::memory_order_acquire) == State::Read; });
+  CollectUnread(face);
+  return true;
+}
+
+void FaceCollector::Await(const FaceData& face) {
+  AwaitReader([&] { return face.IsRead(); });
+}
+
+std::uint32_t FaceCollector::StateOfAwaited(const EdgeData& edge) {
+  std::uint32_t state = kReading;
+  AwaitReader([&] {
+    state = edge.state.load(std::memory_order_acquire);
+    return state != kReading;
+  });
+  return state;
 }
 
 // The face is ours. Whatever happens, it counts as read in the end, or others would wait for ever.
@@ -223,17 +224,17 @@ void FaceCollector::CollectUnread(std::uint32_t face) {
     const GateGuard gate = GateAcquire(Gate::FaceData);
     if (!scratch.ReadFace(data.su_face, edgeIndexes, data.normal, data.openings)) return;
   }
-  std::byte* block = nullptr;
-  ListEdges(scratch, block);
-  data.Pack(scratch.Loops(), scratch.edges, block);
+  ListEdges(scratch);
+  const std::size_t bytes = FaceData::BlockBytes(scratch.edges.size(), scratch.loopsRead);
+  data.Pack(scratch.Loops(), scratch.edges, static_cast<std::byte*>(memory.Allocate(bytes)));
   ReadEdges(face, scratch);
   data.valid = 1;
 }
 
-// Looks up all edges of the loops, and takes memory for the corners. Each look-up leads on to the
+// Looks up all edges of the loops, and lists those not met before. Each look-up leads on to the
 // edge's own record, so all of those are fetched at once.
-void FaceCollector::ListEdges(Scratch& scratch, std::byte*& block) {
-  const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
+void FaceCollector::ListEdges(Scratch& scratch) {
+  const auto keyAt = [this](std::uint32_t i) { return edges[i].key; };
   for (const LoopData& loop : scratch.Loops()) {
     for (const SUEdgeRef su_edge : loop.edges) {
       edgeIndexes.PrefetchEntry(HandleKey(su_edge), [this](std::uint32_t i) { return &edges[i]; });
@@ -241,44 +242,51 @@ void FaceCollector::ListEdges(Scratch& scratch, std::byte*& block) {
   }
   scratch.edges.clear();
   for (const LoopData& loop : scratch.Loops()) {
-    for (const SUEdgeRef su_edge : loop.edges) scratch.edges.push_back(EdgeIndex(su_edge));
+    for (const SUEdgeRef su_edge : loop.edges) {
+      scratch.edges.push_back(edgeIndexes.Find(HandleKey(su_edge), keyAt));
+    }
   }
-  const std::size_t bytes = FaceData::BlockBytes(scratch.edges.size(), scratch.loopsRead);
-  block = static_cast<std::byte*>(memory.allocate(bytes, alignof(Point)));
+  const auto unknown = std::count(scratch.edges.begin(), scratch.edges.end(), kNone);
+  if (unknown == 0) return;
+  auto next = static_cast<std::uint32_t>(edges.Append(static_cast<std::size_t>(unknown)));
+  std::uint32_t* edge = scratch.edges.data();
+  for (const LoopData& loop : scratch.Loops()) {
+    for (const SUEdgeRef su_edge : loop.edges) {
+      if (*edge == kNone) {
+        const std::uint64_t key = HandleKey(su_edge);
+        *edge = edgeIndexes.FindOrInsert(key, next, keyAt, [&] { edges[next].key = key; });
+        if (*edge == next) ++next;
+      }
+      ++edge;
+    }
+  }
 }
 
-// All edges are read afterwards. Ours are published before others' are waited for, so no two
-// threads wait for each other.
+// Reads the edges that nobody else has read or is about to. Those of others are waited for where
+// somebody asks for them, which is seldom before they are read.
 void FaceCollector::ReadEdges(std::uint32_t face, Scratch& scratch) {
-  bool others = false;
-  {
-    const Scratch::EdgeClaims end{scratch};
-    std::size_t corner = 0;
-    for (const LoopData& loop : scratch.Loops()) {
-      for (const SUEdgeRef su_edge : loop.edges) {
-        EdgeData& edge = edges[scratch.edges[corner++]];
-        std::uint32_t state = edge.state.load(std::memory_order_acquire);
-        if (state == kUnread && edge.state.compare_exchange_strong(state, kReading)) {
-          scratch.claimed.push_back({&edge});
-          ReadEdge(su_edge, scratch);
-        } else {
-          others = others || state == kReading;
-        }
-      }
+  const Scratch::EdgeClaims end{scratch};
+  ClaimEdges(scratch);
+  ListFaces(face, scratch);
+}
+
+void FaceCollector::ClaimEdges(Scratch& scratch) {
+  const GateGuard gate = GateAcquire(Gate::FaceData);
+  const std::uint32_t* index = scratch.edges.data();
+  for (const LoopData& loop : scratch.Loops()) {
+    for (const SUEdgeRef su_edge : loop.edges) {
+      EdgeData& edge = edges[*index++];
+      std::uint32_t state = edge.state.load(std::memory_order_relaxed);
+      if (state != kUnread || !edge.state.compare_exchange_strong(state, kReading)) continue;
+      scratch.claimed.push_back({&edge});
+      ReadEdge(su_edge, scratch);
     }
-    ListFaces(face, scratch);
-  }
-  if (!others) return;
-  for (const std::uint32_t index : scratch.edges) {
-    const EdgeData& edge = edges[index];
-    Await([&] { return edge.state.load(std::memory_order_acquire) >= kRead; });
   }
 }
 
 // Reads the edge that was claimed last. The places of its faces are fetched until they are listed.
 void FaceCollector::ReadEdge(SUEdgeRef su_edge, Scratch& scratch) {
   Scratch::ClaimedEdge& claim = scratch.claimed.back();
-  const GateGuard gate = GateAcquire(Gate::FaceData);
   bool smooth = false;
   if (SUEdgeGetSmooth(su_edge, &smooth) != SU_ERROR_NONE || !smooth) return;
   claim.state |= kSmooth;
@@ -301,12 +309,11 @@ void FaceCollector::ListFaces(std::uint32_t face, Scratch& scratch) {
   if (scratch.su_faces.empty()) return;
   const SUFaceRef su_own = faces[face].su_face;
   const SUFaceRef* su_next = scratch.su_faces.data();
-  const auto lock = LockTimed<std::unique_lock<SpinLock>>(tables, Waits().collectorLock);
   for (Scratch::ClaimedEdge& claim : scratch.claimed) {
     const std::size_t count = claim.faceCount;
     std::uint32_t* indexes = claim.edge->faces;
     if (count > 2) {
-      indexes = std::pmr::polymorphic_allocator<std::uint32_t>(&memory).allocate(count);
+      indexes = static_cast<std::uint32_t*>(memory.Allocate(count * sizeof(std::uint32_t)));
       claim.edge->manyFaces = indexes;
     }
     for (std::size_t i = 0; i < count; ++i, ++su_next) {
@@ -355,15 +362,13 @@ bool FaceCollector::GatherFacePoints(std::uint32_t face, std::vector<Point>& poi
 }
 
 std::uint32_t FaceCollector::FindFace(SUFaceRef su_face) const {
-  const std::lock_guard lock(tables);
   return faceIndexes.Find(HandleKey(su_face),
                           [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
 }
 
 const FaceData* FaceCollector::FindFaceData(SUFaceRef su_face) const {
   const std::uint32_t face = FindFace(su_face);
-  return face == kNone || faces[face].state.load() != FaceData::State::Read ? nullptr
-                                                                            : &faces[face];
+  return face == kNone || !faces[face].IsRead() ? nullptr : &faces[face];
 }
 
 }  // namespace quellix

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory_resource>
 #include <span>
 #include <vector>
 
@@ -12,8 +11,8 @@
 #include "geometry/BlockList.h"
 #include "geometry/FaceData.h"
 #include "geometry/HandleIndex.h"
+#include "geometry/SharedArena.h"
 #include "geometry/SmoothFans.h"
-#include "support/SpinLock.h"
 
 namespace quellix {
 
@@ -42,8 +41,9 @@ class FaceCollector {
   // outer loop that cannot be read.
   const FaceData& CollectFaceData(SUFaceRef su_face);
 
-  // The same; gives the face's index, kNone when it is not valid. It can be tessellated: faces
-  // around its vertices are read where they are needed.
+  // Reads a face, unless that was done or another thread is about it; gives its index. Once
+  // ReadFace has found it valid it can be tessellated: faces around its vertices are read where
+  // they are needed.
   std::uint32_t CollectFace(SUFaceRef su_face);
 
   // Collects the face and all faces that chains of smooth edges lead to: afterwards it can be
@@ -63,18 +63,18 @@ class FaceCollector {
   const FaceData& Face(std::uint32_t face) const { return faces[face]; }
   // The same for one that may have to be read first.
   const FaceData& ReadFace(std::uint32_t face) {
-    Collect(face);
-    return faces[face];
+    const FaceData& data = faces[face];
+    if (!data.IsRead() && !Collect(face)) Await(data);
+    return data;
   }
 
-  // False also for an edge that was not read. Only the smooth flag counts, not the soft one.
-  bool IsSmoothEdge(std::uint32_t edge) const {
-    return (edges[edge].state.load(std::memory_order_acquire) & kSmooth) != 0;
-  }
-  // The faces at a smooth edge in the host's order; none for another edge.
+  // Of an edge of a face that is read; another thread may still be reading the edge itself, and is
+  // waited for. Only the smooth flag counts, not the soft one.
+  bool IsSmoothEdge(std::uint32_t edge) const { return (StateOf(edges[edge]) & kSmooth) != 0; }
+  // The faces at such an edge in the host's order, when it is smooth; none otherwise.
   std::span<const std::uint32_t> FacesAt(std::uint32_t edge) const {
     const EdgeData& data = edges[edge];
-    const std::size_t count = data.state.load(std::memory_order_acquire) >> kCountShift;
+    const std::size_t count = StateOf(data) >> kCountShift;
     return {count > 2 ? data.manyFaces : data.faces, count};
   }
 
@@ -101,22 +101,26 @@ class FaceCollector {
   };
   struct Scratch;
 
-  std::uint32_t Meet(SUFaceRef su_face);
   std::uint32_t FaceIndex(SUFaceRef su_face);
-  std::uint32_t EdgeIndex(SUEdgeRef su_edge);
-  void Collect(std::uint32_t face);
+  bool Collect(std::uint32_t face);
+  static void Await(const FaceData& face);
   void CollectUnread(std::uint32_t face);
-  void ListEdges(Scratch& scratch, std::byte*& block);
+  static std::uint32_t StateOf(const EdgeData& edge) {
+    const std::uint32_t state = edge.state.load(std::memory_order_acquire);
+    return state != kReading ? state : StateOfAwaited(edge);
+  }
+  static std::uint32_t StateOfAwaited(const EdgeData& edge);
+  void ListEdges(Scratch& scratch);
   void ReadEdges(std::uint32_t face, Scratch& scratch);
+  void ClaimEdges(Scratch& scratch);
   void ReadEdge(SUEdgeRef su_edge, Scratch& scratch);
   void ListFaces(std::uint32_t face, Scratch& scratch);
 
-  mutable SpinLock tables;  // guards the lists' growth, what looks handles up, and the memory
   HandleIndex faceIndexes;
   HandleIndex edgeIndexes;
   BlockList<FaceData> faces;
   BlockList<EdgeData> edges;
-  std::pmr::monotonic_buffer_resource memory;
+  SharedArena memory;
 
   SmoothFans fans;
   std::vector<std::uint32_t> walkScratch;

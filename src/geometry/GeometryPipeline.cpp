@@ -109,8 +109,13 @@ void GeometryPipeline::ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, F
   EndChunk(*job);
 }
 
+// Another thread may be reading some of the faces as neighbours of its own. They are waited for in
+// the end, when that is mostly over.
 void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
   for (FaceWork& work : chunk.faces) work.face = collector.CollectFace(work.su_face);
+  for (FaceWork& work : chunk.faces) {
+    if (!collector.ReadFace(work.face).Valid()) work.face = FaceCollector::kNone;
+  }
 }
 
 // A face that is not valid keeps its helpers for the host's triangulation.

@@ -3,76 +3,110 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <new>
 
+#include "geometry/GeometryTimings.h"
 #include "geometry/HandleKey.h"
 
 namespace quellix {
 
 // Finds the index of a handle in a list of handled things that only grows. It keeps indexes, not
-// handles: `keyAt(index)` gives the handle of a listed thing back. Reading in several threads is
-// fine while nobody inserts.
+// handles: `keyAt(index)` gives the handle of a listed thing back.
+//
+// Any number of threads may look up and insert at once; a lock is taken only to make room. What a
+// found index leads to can be read: it was listed before it could be found. A Find may miss what is
+// being inserted at that moment; FindOrInsert does not.
 class HandleIndex {
  public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
-  void Clear() {
-    std::vector<Slot>().swap(slots);
-    count = 0;
-    bits = kFirstBits;
-    hint = nullptr;
-    hintBits = kFirstBits;
-  }
+  HandleIndex() = default;
+  HandleIndex(const HandleIndex&) = delete;
+  HandleIndex& operator=(const HandleIndex&) = delete;
+  ~HandleIndex() { Clear(); }
 
-  // Brings the place of a handle nearer, for a Find or Insert soon after. Also while another thread
-  // inserts: then it may be the wrong place, which does no harm.
+  // While nobody else is here.
+  void Clear() { delete current.exchange(nullptr); }
+
+  // Brings the place of a handle nearer, for a Find soon after.
   void Prefetch([[maybe_unused]] std::uint64_t key) const {
 #if defined(__GNUC__)
-    const Slot* first = hint.load(std::memory_order_relaxed);
-    const unsigned shift = kTagBits - hintBits.load(std::memory_order_relaxed);
-    if (first != nullptr) __builtin_prefetch(first + (TagOf(key) >> shift));
+    const Table* table = current.load(std::memory_order_acquire);
+    if (table != nullptr) __builtin_prefetch(&table->slots[table->Place(TagOf(key))]);
 #endif
   }
 
   // The same for the thing that the handle probably stands for; `addressOf(index)` tells where it
   // is.
   template <class AddressOf>
-  void PrefetchEntry(std::uint64_t key, AddressOf&& addressOf) const {
+  void PrefetchEntry([[maybe_unused]] std::uint64_t key,
+                     [[maybe_unused]] AddressOf&& addressOf) const {
 #if defined(__GNUC__)
-    if (slots.empty()) return;
+    const Table* table = current.load(std::memory_order_acquire);
+    if (table == nullptr) return;
     const std::uint32_t tag = TagOf(key);
-    const Slot& slot = slots[Place(tag)];
-    if (slot.tag == tag && slot.index != kNone) __builtin_prefetch(addressOf(slot.index), 1);
+    const Slot slot = table->slots[table->Place(tag)].load(std::memory_order_acquire);
+    if (IsTaken(slot) && TagIn(slot) == tag) __builtin_prefetch(addressOf(IndexIn(slot)), 1);
 #endif
   }
 
   // Makes room for so many handles.
   void Reserve(std::uint64_t handles) {
-    unsigned wanted = bits;
-    while (wanted < kTagBits - 1 && (std::uint64_t{kUsedParts} << wanted) < handles * kFullParts) {
-      ++wanted;
+    unsigned bits = kFirstBits;
+    while (bits < kTagBits - 1 && (std::uint64_t{kUsedParts} << bits) < handles * kFullParts) {
+      ++bits;
     }
-    if (wanted > bits || slots.empty()) Resize(wanted);
+    Table* const table = current.load(std::memory_order_acquire);
+    if (table == nullptr || bits > table->bits) Grow(table, bits);
   }
 
   // kNone for a handle that is not there.
   template <class KeyAt>
   std::uint32_t Find(std::uint64_t key, KeyAt&& keyAt) const {
-    return slots.empty() ? kNone : slots[SlotOf(TagOf(key), key, keyAt)].index;
+    const Table* table = current.load(std::memory_order_acquire);
+    if (table == nullptr) return kNone;
+    const std::uint32_t tag = TagOf(key);
+    for (std::size_t place = table->Place(tag);; place = table->After(place)) {
+      const Slot slot = table->slots[place].load(std::memory_order_acquire);
+      if (!IsTaken(slot)) return kNone;
+      if (TagIn(slot) == tag && keyAt(IndexIn(slot)) == key) return IndexIn(slot);
+    }
   }
 
-  // The handle's index. One that is not there gets `next`, and the caller then lists it there.
-  template <class KeyAt>
-  std::uint32_t FindOrInsert(std::uint64_t key, std::uint32_t next, KeyAt&& keyAt) {
-    if (count * kFullParts >= slots.size() * kUsedParts) {
-      Resize(slots.empty() ? kFirstBits : bits + 1);
-    }
+  // The handle's index. For one that is not there, `list()` puts it into the list at `next`, an
+  // index that no other thread uses; unless another thread inserts the same handle before, `next`
+  // is the answer then.
+  template <class KeyAt, class List>
+  std::uint32_t FindOrInsert(std::uint64_t key, std::uint32_t next, KeyAt&& keyAt, List&& list) {
     const std::uint32_t tag = TagOf(key);
-    Slot& slot = slots[SlotOf(tag, key, keyAt)];
-    if (slot.index != kNone) return slot.index;
-    slot = {tag, next};
-    ++count;
-    return next;
+    bool listed = false;
+    for (;;) {
+      Table* const table = current.load(std::memory_order_acquire);
+      // No index is inserted twice, so there are never more than this many.
+      if (table == nullptr || next * std::uint64_t{kFullParts} >= table->Size() * kUsedParts) {
+        Grow(table, table == nullptr ? kFirstBits : table->bits + 1);
+        continue;
+      }
+      for (std::size_t place = table->Place(tag);; place = table->After(place)) {
+        Slot slot = table->slots[place].load(std::memory_order_acquire);
+        if (slot == kFree) {
+          if (!listed) list();
+          listed = true;
+          if (table->slots[place].compare_exchange_strong(slot, SlotFrom(tag, next),
+                                                          std::memory_order_acq_rel)) {
+            return next;
+          }
+        }
+        if (slot == kClosed) {
+          Grow(table, table->bits + 1);
+          break;
+        }
+        if (TagIn(slot) == tag && keyAt(IndexIn(slot)) == key) return IndexIn(slot);
+      }
+    }
   }
 
  private:
@@ -82,50 +116,73 @@ class HandleIndex {
   static constexpr unsigned kFirstBits = 8;
   static constexpr unsigned kTagBits = 32;
 
-  struct Slot {
-    std::uint32_t tag = 0;
-    std::uint32_t index = kNone;
-  };
-
+  // A part of the handle's hash, and above it the index plus one. A place that was free when its
+  // table was left for a larger one is closed.
+  using Slot = std::uint64_t;
+  static constexpr Slot kFree = 0;
+  static constexpr Slot kClosed = 1;
+  static bool IsTaken(Slot slot) {
+    return slot > kClosed;
+  }
+  static Slot SlotFrom(std::uint32_t tag, std::uint32_t index) {
+    return ((Slot{index} + 1) << kTagBits) | tag;
+  }
+  static std::uint32_t TagIn(Slot slot) {
+    return static_cast<std::uint32_t>(slot);
+  }
+  static std::uint32_t IndexIn(Slot slot) {
+    return static_cast<std::uint32_t>((slot >> kTagBits) - 1);
+  }
   static std::uint32_t TagOf(std::uint64_t key) {
     return static_cast<std::uint32_t>(HandleHash{}(key) >> kTagBits);
   }
-  // The upper bits, so that doubling the slots keeps their order.
-  std::size_t Place(std::uint32_t tag) const {
-    return tag >> (kTagBits - bits);
-  }
 
-  // The slot that has the handle, or the free one where it belongs.
-  template <class KeyAt>
-  std::size_t SlotOf(std::uint32_t tag, std::uint64_t key, KeyAt&& keyAt) const {
-    const std::size_t mask = slots.size() - 1;
-    std::size_t place = Place(tag);
-    for (;; place = (place + 1) & mask) {
-      const Slot& slot = slots[place];
-      if (slot.index == kNone || (slot.tag == tag && keyAt(slot.index) == key)) return place;
+  struct Table {
+    // Fresh memory of the system is zero already and takes no room until it is touched.
+    explicit Table(unsigned sizeBits)
+        : bits(sizeBits),
+          slots(static_cast<std::atomic<Slot>*>(std::calloc(Size(), sizeof(std::atomic<Slot>)))) {
+      static_assert(sizeof(std::atomic<Slot>) == sizeof(Slot) &&
+                    std::atomic<Slot>::is_always_lock_free);
+      if (slots == nullptr) throw std::bad_alloc();
     }
-  }
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+    ~Table() { std::free(slots); }
 
-  void Resize(unsigned newBits) {
-    bits = newBits;
-    std::vector<Slot> old(std::size_t{1} << bits);
-    old.swap(slots);
-    hint = slots.data();
-    hintBits = bits;
-    const std::size_t mask = slots.size() - 1;
-    for (const Slot& slot : old) {
-      if (slot.index == kNone) continue;
-      std::size_t place = Place(slot.tag);
-      while (slots[place].index != kNone) place = (place + 1) & mask;
-      slots[place] = slot;
+    std::size_t Size() const { return std::size_t{1} << bits; }
+    // The upper bits, so that doubling the slots keeps their order.
+    std::size_t Place(std::uint32_t tag) const { return tag >> (kTagBits - bits); }
+
+    std::size_t After(std::size_t place) const { return (place + 1) & (Size() - 1); }
+
+    const unsigned bits;
+    std::atomic<Slot>* const slots;
+    // The smaller table that this one took the place of: somebody may still be looking there.
+    std::unique_ptr<Table> former;
+  };
+
+  // Moves on to a larger table, unless another thread has done so since `full` was the current one.
+  void Grow(Table* full, unsigned bits) {
+    const auto lock = LockTimed<std::unique_lock<std::mutex>>(growing, Waits().collectorLock);
+    if (current.load(std::memory_order_relaxed) != full) return;
+    auto table = std::make_unique<Table>(bits);
+    for (std::size_t i = 0; full != nullptr && i < full->Size(); ++i) {
+      Slot slot = kFree;
+      full->slots[i].compare_exchange_strong(slot, kClosed, std::memory_order_acq_rel);
+      if (slot == kFree) continue;
+      std::size_t place = table->Place(TagIn(slot));
+      while (table->slots[place].load(std::memory_order_relaxed) != kFree) {
+        place = table->After(place);
+      }
+      table->slots[place].store(slot, std::memory_order_relaxed);
     }
+    table->former.reset(full);
+    current.store(table.release(), std::memory_order_release);
   }
 
-  std::vector<Slot> slots;
-  std::size_t count = 0;
-  unsigned bits = kFirstBits;
-  std::atomic<const Slot*> hint{nullptr};  // the slots' start and their bits, for Prefetch
-  std::atomic<unsigned> hintBits{kFirstBits};
+  std::atomic<Table*> current{nullptr};
+  std::mutex growing;
 };
 
 }  // namespace quellix
