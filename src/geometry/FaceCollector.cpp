@@ -159,10 +159,11 @@ void FaceCollector::Clear() {
 }
 
 void FaceCollector::Reserve(std::uint64_t faceCount) {
-  // Four corners a face and two faces an edge would be two; not all are welded.
-  constexpr std::uint64_t kEdgesPerFace = 3;
+  // Two edges a face are usual, where quads share them. Room for more costs little, and growing
+  // makes everybody wait.
+  constexpr double kEdgesPerFace = 4.5;
   faceIndexes.Reserve(faceCount);
-  edgeIndexes.Reserve(kEdgesPerFace * faceCount);
+  edgeIndexes.Reserve(static_cast<std::uint64_t>(kEdgesPerFace * static_cast<double>(faceCount)));
 }
 
 // The face's index; a face not met before is listed.

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <new>
 
 #include "geometry/GeometryTimings.h"
 #include "geometry/HandleKey.h"
@@ -55,12 +54,9 @@ class HandleIndex {
 
   // Makes room for so many handles.
   void Reserve(std::uint64_t handles) {
-    unsigned bits = kFirstBits;
-    while (bits < kTagBits - 1 && (std::uint64_t{kUsedParts} << bits) < handles * kFullParts) {
-      ++bits;
-    }
     Table* const table = current.load(std::memory_order_acquire);
-    if (table == nullptr || bits > table->bits) Grow(table, bits);
+    const std::size_t size = std::max(kFirstSize, handles * kFullParts / kUsedParts + 1);
+    if (table == nullptr || size > table->size) Grow(table, size);
   }
 
   // kNone for a handle that is not there.
@@ -86,8 +82,8 @@ class HandleIndex {
     for (;;) {
       Table* const table = current.load(std::memory_order_acquire);
       // No index is inserted twice, so there are never more than this many.
-      if (table == nullptr || next * std::uint64_t{kFullParts} >= table->Size() * kUsedParts) {
-        Grow(table, table == nullptr ? kFirstBits : table->bits + 1);
+      if (table == nullptr || next * std::uint64_t{kFullParts} >= table->size * kUsedParts) {
+        Grow(table, table == nullptr ? kFirstSize : table->size * 2);
         continue;
       }
       for (std::size_t place = table->Place(tag);; place = table->After(place)) {
@@ -101,7 +97,7 @@ class HandleIndex {
           }
         }
         if (slot == kClosed) {
-          Grow(table, table->bits + 1);
+          Grow(table, table->size * 2);
           break;
         }
         if (TagIn(slot) == tag && keyAt(IndexIn(slot)) == key) return IndexIn(slot);
@@ -113,7 +109,7 @@ class HandleIndex {
   // At most three quarters of the slots are used.
   static constexpr std::size_t kUsedParts = 3;
   static constexpr std::size_t kFullParts = 4;
-  static constexpr unsigned kFirstBits = 8;
+  static constexpr std::size_t kFirstSize = 256;
   static constexpr unsigned kTagBits = 32;
 
   // A part of the handle's hash, and above it the index plus one. A place that was free when its
@@ -138,36 +134,27 @@ class HandleIndex {
   }
 
   struct Table {
-    // Fresh memory of the system is zero already and takes no room until it is touched.
-    explicit Table(unsigned sizeBits)
-        : bits(sizeBits),
-          slots(static_cast<std::atomic<Slot>*>(std::calloc(Size(), sizeof(std::atomic<Slot>)))) {
-      static_assert(sizeof(std::atomic<Slot>) == sizeof(Slot) &&
-                    std::atomic<Slot>::is_always_lock_free);
-      if (slots == nullptr) throw std::bad_alloc();
-    }
-    Table(const Table&) = delete;
-    Table& operator=(const Table&) = delete;
-    ~Table() { std::free(slots); }
+    // All of it is written here: a page that is read before it is written interrupts every core
+    // that runs the process when it is.
+    explicit Table(std::size_t slotCount)
+        : size(slotCount), slots(std::make_unique<std::atomic<Slot>[]>(slotCount)) {}
 
-    std::size_t Size() const { return std::size_t{1} << bits; }
-    // The upper bits, so that doubling the slots keeps their order.
-    std::size_t Place(std::uint32_t tag) const { return tag >> (kTagBits - bits); }
+    // In the order of the tags, whatever the size, so that growing goes through memory in order.
+    std::size_t Place(std::uint32_t tag) const { return (tag * std::uint64_t{size}) >> kTagBits; }
+    std::size_t After(std::size_t place) const { return place + 1 == size ? 0 : place + 1; }
 
-    std::size_t After(std::size_t place) const { return (place + 1) & (Size() - 1); }
-
-    const unsigned bits;
-    std::atomic<Slot>* const slots;
+    const std::size_t size;
+    const std::unique_ptr<std::atomic<Slot>[]> slots;
     // The smaller table that this one took the place of: somebody may still be looking there.
     std::unique_ptr<Table> former;
   };
 
   // Moves on to a larger table, unless another thread has done so since `full` was the current one.
-  void Grow(Table* full, unsigned bits) {
+  void Grow(Table* full, std::size_t size) {
     const auto lock = LockTimed<std::unique_lock<std::mutex>>(growing, Waits().collectorLock);
     if (current.load(std::memory_order_relaxed) != full) return;
-    auto table = std::make_unique<Table>(bits);
-    for (std::size_t i = 0; full != nullptr && i < full->Size(); ++i) {
+    auto table = std::make_unique<Table>(size);
+    for (std::size_t i = 0; full != nullptr && i < full->size; ++i) {
       Slot slot = kFree;
       full->slots[i].compare_exchange_strong(slot, kClosed, std::memory_order_acq_rel);
       if (slot == kFree) continue;
