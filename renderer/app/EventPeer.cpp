@@ -4,6 +4,10 @@
 #include <thread>
 #include <utility>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/interprocess/sync/scoped_lock.hpp>
 
@@ -31,7 +35,14 @@ std::chrono::microseconds WatchTime() {
 
 constexpr std::chrono::microseconds kSelfishWatch{2};
 // Looks at a flag before the first look at a clock, which costs more.
-constexpr int kClocklessLooks = 1000;
+constexpr int kClocklessLooks = 80;
+
+// Leaves the core's other hardware thread, on which the host may run, what looking would use up.
+void Pause() {
+#if defined(__x86_64__)
+  _mm_pause();
+#endif
+}
 
 // Not owning when the mutex could not be had in time, or when its owner died and took it along.
 Lock TryLock(bip::interprocess_mutex& mutex) {
@@ -101,12 +112,17 @@ void EventPeer::Watch() const {
   using Clock = std::chrono::steady_clock;
   for (int i = 0; i < kClocklessLooks; ++i) {
     if (LooksSignaled()) return;
+    Pause();
   }
   const Clock::time_point start = Clock::now();
   while (!LooksSignaled()) {
     const auto watched = Clock::now() - start;
     if (watched >= WatchTime()) return;
-    if (watched > kSelfishWatch) std::this_thread::yield();
+    if (watched > kSelfishWatch) {
+      std::this_thread::yield();
+    } else {
+      Pause();
+    }
   }
 }
 

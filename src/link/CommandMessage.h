@@ -71,8 +71,8 @@ class CommandMessage {
   std::byte* record;
   std::uint64_t recordSize;
   std::uint64_t size = recordSize;
-  std::array<Item, 6> items{};
   std::size_t itemCount = 0;
+  std::array<Item, 6> items;  // those below itemCount
 };
 
 }  // namespace quellix

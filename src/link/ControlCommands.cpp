@@ -122,11 +122,12 @@ bool IpcInterface::AdmitProgress(const std::byte* record) {
 }
 
 bool IpcInterface::GetLinkCamera() {
-  if (!IsAlive()) return false;
+  if (!SeenAlive()) return false;
   const SendScope scope(*this);
   if (!scope.Owns()) return false;
-  FlushPending();
-  if (!IsAlive() || !EnsureSegment(sizeof(wire::CommandOnly))) return false;
+  const bool flushed = FlushPending();
+  if (ended || (!flushed && !IsAlive())) return false;
+  if (!EnsureSegment(sizeof(wire::CommandOnly))) return false;
   const auto id = static_cast<std::uint32_t>(wire::CommandId::GetLinkCamera);
   std::memcpy(toAppBase, &id, sizeof id);
   const bool completed = Commit(true);

@@ -45,19 +45,19 @@ IpcInterface::SendScope::SendScope(IpcInterface& owner, bool mayWait) : link(own
     link.sendLock.Enter();
   } else if (!inCallback) {
     if (!link.sendLock.TryEnter()) return;
-  } else if (link.sendOwner == self || !link.sendLock.TryEnter()) {
+  } else if (link.sendOwner.load(std::memory_order_relaxed) == self || !link.sendLock.TryEnter()) {
     return;
   } else if (link.InFlight()) {
     link.sendLock.Leave();
     return;
   }
   owns = true;
-  link.sendOwner = self;
+  link.sendOwner.store(self, std::memory_order_relaxed);
 }
 
 IpcInterface::SendScope::~SendScope() {
   if (!owns) return;
-  link.sendOwner = std::thread::id();
+  link.sendOwner.store(std::thread::id(), std::memory_order_relaxed);
   link.sendLock.Leave();
 }
 
@@ -137,6 +137,7 @@ bool IpcInterface::TakeHeld(HeldCommand& command) {
 // Under the send lock and with nothing in flight. Commands that callbacks add meanwhile are sent
 // too; a renderer that is gone gets none.
 void IpcInterface::SendHeld() {
+  if (!anyHeld) return;
   HeldCommand command;
   while (TakeHeld(command)) {
     if (!IsAlive() || !EnsureSegment(command.bytes.size())) continue;
@@ -179,7 +180,7 @@ void IpcInterface::EndIfInterrupted() {
 // False when the renderer was gone, or the wait given up, before it had finished.
 bool IpcInterface::WaitCompletion() {
   const bool onHost = std::this_thread::get_id() == hostThread;
-  bool completed = commandDone->Wait(kSliceMs);
+  bool completed = commandDone->Take(kSliceMs);
   // Most commands are finished by now, and no time is read for them.
   const double start = completed ? 0.0 : NowMs() - kSliceMs;
   int lastReport = 0;
@@ -192,9 +193,9 @@ bool IpcInterface::WaitCompletion() {
       std::fprintf(stderr, "[IPC] WaitCompletion: waiting %ds for KvApp\n", seconds);
       std::fflush(stderr);
     }
-    completed = commandDone->Wait(kSliceMs);
+    completed = commandDone->Take(kSliceMs);
   }
-  commandDone->Reset();
+  if (!completed) commandDone->Reset();
   return completed;
 }
 

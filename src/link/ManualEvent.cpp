@@ -10,6 +10,8 @@
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/interprocess/shared_memory_object.hpp>
 
+#include "support/CpuPause.h"
+
 namespace quellix {
 
 namespace {
@@ -23,7 +25,7 @@ constexpr int kLockSliceMs = 20;
 // few microseconds, a sleep and its wake-up cost tens of them. Soon it offers its processor to
 // others with every look, so that where processors are few it takes nothing from whoever could use
 // one, the peer above all. On a single processor there is nothing to watch for.
-constexpr int kClocklessLooks = 1000;
+constexpr int kClocklessLooks = 80;  // about as long as the selfish watch
 constexpr std::chrono::microseconds kSelfishWatch{2};
 
 std::chrono::microseconds WatchTime() {
@@ -113,11 +115,22 @@ bool ManualEvent::LooksSignaled() const {
 }
 
 // What the setter wrote before it took the lock is visible for certain once the lock was ours.
-bool ManualEvent::ConfirmSignaled() {
+bool ManualEvent::ConfirmSignaled(After after) {
   if (!LockBounded()) return false;
-  const bool signaled = state->signaled != 0;
+  std::atomic_ref<std::uint32_t> flag(state->signaled);
+  const bool signaled = flag.load(std::memory_order_relaxed) != 0;
+  if (signaled && after == After::Reset) flag.store(0, std::memory_order_release);
   state->mutex.unlock();
+  if (signaled && after == After::Reset) waitingSince.store(kNotWaiting, std::memory_order_relaxed);
   return signaled;
+}
+
+bool ManualEvent::Wait(std::uint32_t timeoutMs) {
+  return Await(timeoutMs, After::Keep);
+}
+
+bool ManualEvent::Take(std::uint32_t timeoutMs) {
+  return Await(timeoutMs, After::Reset);
 }
 
 // The waiter watches the flag and sleeps in between instead of sleeping on the condition: a thread
@@ -126,11 +139,12 @@ bool ManualEvent::ConfirmSignaled() {
 // time already waited, also in waits before that ended without the event, so that a long wait costs
 // little and a short one is seen early. Whoever waits on the other side may use the condition: Set
 // notifies it.
-bool ManualEvent::Wait(std::uint32_t timeoutMs) {
-  if (timeoutMs == 0) return LooksSignaled() && ConfirmSignaled();
+bool ManualEvent::Await(std::uint32_t timeoutMs, After after) {
+  if (timeoutMs == 0) return LooksSignaled() && ConfirmSignaled(after);
   // The first looks come without a clock, which costs more than they do.
   for (int i = 0; i < kClocklessLooks; ++i) {
-    if (LooksSignaled() && ConfirmSignaled()) return true;
+    if (LooksSignaled() && ConfirmSignaled(after)) return true;
+    CpuPause();
   }
 
   const Clock::time_point start = Clock::now();
@@ -139,27 +153,31 @@ bool ManualEvent::Wait(std::uint32_t timeoutMs) {
                                          : start + std::chrono::milliseconds(timeoutMs);
   const Clock::rep before = waitingSince.load(std::memory_order_relaxed);
   if (before != kNotWaiting) {
-    return SleepUntil(Clock::time_point(Clock::duration(before)), deadline);
+    return SleepUntil(Clock::time_point(Clock::duration(before)), deadline, after);
   }
   const Clock::time_point watchEnd = std::min<Clock::time_point>(deadline, start + WatchTime());
-  if (WatchUntil(start, watchEnd) && ConfirmSignaled()) return true;
+  if (WatchUntil(start, watchEnd) && ConfirmSignaled(after)) return true;
   waitingSince.store(start.time_since_epoch().count(), std::memory_order_relaxed);
-  return SleepUntil(start, deadline);
+  return SleepUntil(start, deadline, after);
 }
 
 bool ManualEvent::WatchUntil(Clock::time_point start, Clock::time_point end) const {
   while (!LooksSignaled()) {
     const Clock::time_point now = Clock::now();
     if (now >= end) return false;
-    if (now - start > kSelfishWatch) std::this_thread::yield();
+    if (now - start > kSelfishWatch) {
+      std::this_thread::yield();
+    } else {
+      CpuPause();
+    }
   }
   return true;
 }
 
-bool ManualEvent::SleepUntil(Clock::time_point since, Clock::time_point deadline) {
+bool ManualEvent::SleepUntil(Clock::time_point since, Clock::time_point deadline, After after) {
   constexpr std::chrono::nanoseconds kLongestNap = std::chrono::milliseconds(3);
   for (;;) {
-    if (LooksSignaled() && ConfirmSignaled()) return true;
+    if (LooksSignaled() && ConfirmSignaled(after)) return true;
     const Clock::time_point now = Clock::now();
     if (now >= deadline) return false;
     const std::chrono::nanoseconds nap = std::clamp<std::chrono::nanoseconds>(

@@ -55,6 +55,9 @@ class ManualEvent {
   // test.
   bool Wait(std::uint32_t timeoutMs);
 
+  // The same, and resets the event it has seen, for the only one who waits for it.
+  bool Take(std::uint32_t timeoutMs);
+
  private:
   ManualEvent(std::string eventName, boost::interprocess::managed_shared_memory eventSegment,
               wire::EventState* eventState, PeerAlive alive);
@@ -62,11 +65,14 @@ class ManualEvent {
   using Clock = std::chrono::steady_clock;
   static constexpr Clock::rep kNotWaiting = 0;
 
+  enum class After { Keep, Reset };
+
   bool LockBounded();
   bool LooksSignaled() const;
-  bool ConfirmSignaled();
+  bool ConfirmSignaled(After after);
+  bool Await(std::uint32_t timeoutMs, After after);
   bool WatchUntil(Clock::time_point start, Clock::time_point end) const;
-  bool SleepUntil(Clock::time_point since, Clock::time_point deadline);
+  bool SleepUntil(Clock::time_point since, Clock::time_point deadline, After after);
 
   std::string name;
   boost::interprocess::managed_shared_memory segment;

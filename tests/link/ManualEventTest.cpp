@@ -74,6 +74,22 @@ TEST_F(ManualEventTest, StaysSetUntilReset) {
   EXPECT_FALSE(event->Wait(0));
 }
 
+// At once, while it watches, and when it sleeps.
+TEST_F(ManualEventTest, IsResetByWhoeverTakesIt) {
+  const auto event = ManualEvent::Create(name, AlwaysAlive);
+  EXPECT_FALSE(event->Take(0));
+  for (const int delayMs : {0, 1, 20}) {
+    std::thread setter([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
+      event->Set();
+    });
+    EXPECT_TRUE(event->Take(ManualEvent::kInfinite)) << delayMs;
+    setter.join();
+    EXPECT_FALSE(event->Wait(0)) << delayMs;
+  }
+  EXPECT_FALSE(event->Take(5));
+}
+
 TEST_F(ManualEventTest, OpensOnlyWhatIsFinished) {
   EXPECT_THROW(ManualEvent::Open(name, AlwaysAlive), bi::interprocess_exception);
   {
