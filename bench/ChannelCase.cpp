@@ -1,20 +1,24 @@
 // Measures the channel to the renderer and prints one JSON object.
 //
-//   channel_case <folder of the renderer> <copy|awaited|rate|pingpong|small|idle>
+//   channel_case <folder of the renderer> <copy|awaited|rate|sleeping|small|idle>
 //
 // copy: MiB a second of AppendMesh with 64 MiB messages, and of memcpy into the same segment.
-// awaited: microseconds of a small command; for the switch that awaits each one.
+// awaited: microseconds of the small command that is awaited in any case, of a placement that is
+// awaited because the switch says so, and of a round trip of two events between this process and a
+// child of it: in turns, since the way from one processor to the other changes from minute to
+// minute on a virtual machine.
 // rate: small commands a second when this side works 20 microseconds for each; the other side is
 // told to by its environment.
-// pingpong: microseconds of a round trip of two events between this process and a child of it, and
-// of one whose two sides sleep on the conditions instead of watching; and the processor time of
-// both sides for that one.
+// sleeping: microseconds of wall and of both sides' processor time for a round trip of two events
+// whose two sides sleep on the conditions instead of watching.
 // small: microseconds of wall and of both processes' processor time for each of 100,000 placements;
 // the renderer is told by its environment to work 1 microsecond for each.
 // idle: the share of a processor that waits of 10 ms take when nothing comes.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include <algorithm>
 #include <chrono>
@@ -105,15 +109,6 @@ void Place(IpcInterface& link) {
   link.InstanciateMesh(1, glm::value_ptr(identity), 1);
 }
 
-nlohmann::json Awaited(IpcInterface& link) {
-  const double ms = Best(
-      [&] {
-        for (int i = 0; i < kCommands; ++i) Place(link);
-      },
-      3);
-  return {{"us", ms * 1000 / kCommands}};
-}
-
 nlohmann::json Rate(IpcInterface& link) {
   constexpr int kCount = 5000;
   const double ms = Best(
@@ -140,36 +135,79 @@ double ProcessorUs(int who) {
 }
 
 // Two events under names of this program's own. The child waits as the renderer does, and does
-// nothing but answer.
-nlohmann::json WatchingPingPong() {
-  const std::string names[] = {"Qlx_Bench_Ping", "Qlx_Bench_Pong"};
-  const auto alive = [] { return true; };
-  const auto ping = ManualEvent::Create(names[0], alive);
-  const auto pong = ManualEvent::Create(names[1], alive);
-  const pid_t child = fork();
-  if (child == 0) {
-    auto request = kvapp::EventPeer::Open(names[0]);
-    auto answer = kvapp::EventPeer::Open(names[1]);
-    for (int i = 0; i < 3 * kCommands;) {
-      if (request->Wait(kSlice) != kvapp::EventPeer::Outcome::Signaled) continue;
-      request->Reset();
-      answer->Set();
-      ++i;
-    }
+// nothing but answer, until it is told to end.
+class WatchingPingPong {
+ public:
+  WatchingPingPong() : child(fork()) {
+    if (child != 0) return;
+    auto request = kvapp::EventPeer::Open(kPing);
+    auto answer = kvapp::EventPeer::Open(kPong);
+    do {
+      while (request->Wait(kSlice) == kvapp::EventPeer::Outcome::Signaled) {
+        request->Reset();
+        answer->Set();
+      }
+    } while (getppid() == parent);
     _exit(0);
   }
-  const double ms = Best(
-      [&] {
-        for (int i = 0; i < kCommands; ++i) {
-          pong->Reset();
-          ping->Set();
-          pong->Wait(ManualEvent::kInfinite);
-        }
-      },
-      3);
-  waitpid(child, nullptr, 0);
-  for (const std::string& name : names) ManualEvent::Remove(name);
-  return {{"us", ms * 1000 / kCommands}};
+  WatchingPingPong(const WatchingPingPong&) = delete;
+  WatchingPingPong& operator=(const WatchingPingPong&) = delete;
+  ~WatchingPingPong() {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    ManualEvent::Remove(kPing);
+    ManualEvent::Remove(kPong);
+  }
+
+  void Trip() {
+    pong->Reset();
+    ping->Set();
+    pong->Wait(ManualEvent::kInfinite);
+  }
+
+ private:
+  static constexpr const char* kPing = "Qlx_Bench_Ping";
+  static constexpr const char* kPong = "Qlx_Bench_Pong";
+  const pid_t parent = getpid();
+  const std::unique_ptr<ManualEvent> ping = ManualEvent::Create(kPing, [] { return true; });
+  const std::unique_ptr<ManualEvent> pong = ManualEvent::Create(kPong, [] { return true; });
+  const pid_t child;
+};
+
+// The median of the rounds' own ratios: both halves of a round meet the two processors as they lie
+// then.
+nlohmann::json Awaited(const std::string& directory) {
+  constexpr int kTurns = 41;
+  constexpr int kCount = 5000;
+  WatchingPingPong pingPong;  // before there are threads
+  bench::RendererLink renderer(directory);
+  const auto timeOf = [](const auto& work) {
+    const double start = NowMs();
+    for (int i = 0; i < kCount; ++i) work();
+    return (NowMs() - start) * 1000 / kCount;
+  };
+  struct Round {
+    double linkCamera;
+    double placement;
+    double trip;
+  };
+  std::vector<Round> rounds;
+  for (int i = 0; i < kTurns; ++i) {
+    rounds.push_back({timeOf([&] { renderer.link.GetLinkCamera(); }),
+                      timeOf([&] { Place(renderer.link); }), timeOf([&] { pingPong.Trip(); })});
+  }
+  const auto median = [&](const auto& of) {
+    std::vector<double> values;
+    for (const Round& round : rounds) values.push_back(of(round));
+    std::nth_element(values.begin(), values.begin() + kTurns / 2, values.end());
+    return values[kTurns / 2];
+  };
+  return {
+      {"us", median([](const Round& round) { return round.linkCamera; })},
+      {"placementUs", median([](const Round& round) { return round.placement; })},
+      {"tripUs", median([](const Round& round) { return round.trip; })},
+      {"ratio", median([](const Round& round) { return round.linkCamera / round.trip; })},
+      {"placementRatio", median([](const Round& round) { return round.placement / round.trip; })}};
 }
 
 // An event as it is described, without anything that shortens a wait.
@@ -218,14 +256,6 @@ nlohmann::json SleepingPingPong() {
   return {{"us", ms * 1000 / kCommands}, {"processorUs", processor / kCommands}};
 }
 
-nlohmann::json PingPong() {
-  const nlohmann::json watching = WatchingPingPong();
-  const nlohmann::json sleeping = SleepingPingPong();
-  return {{"us", watching.at("us")},
-          {"sleepingUs", sleeping.at("us")},
-          {"sleepingProcessorUs", sleeping.at("processorUs")}};
-}
-
 // The renderer's processor time is known once it has ended and was reaped, so all of its run
 // counts.
 nlohmann::json Small(const std::string& directory) {
@@ -268,8 +298,10 @@ int main(int argc, char** argv) {
   if (argc != 3) return 2;
   const std::string what = argv[2];
   nlohmann::json result;
-  if (what == "pingpong") {
-    result = PingPong();
+  if (what == "sleeping") {
+    result = SleepingPingPong();
+  } else if (what == "awaited") {
+    result = Awaited(argv[1]);
   } else if (what == "small") {
     result = Small(argv[1]);
   } else if (what == "idle") {
@@ -277,7 +309,6 @@ int main(int argc, char** argv) {
   } else {
     bench::RendererLink renderer(argv[1]);
     if (what == "copy") result = Copy(renderer.link);
-    if (what == "awaited") result = Awaited(renderer.link);
     if (what == "rate") result = Rate(renderer.link);
   }
   std::printf("%s\n", result.dump().c_str());
