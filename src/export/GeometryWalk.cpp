@@ -152,6 +152,7 @@ void GeometryWalk::ExportFaces(const IterateParams& params) {
   const bool atRoot = SUIsInvalid(params.definition);
   std::uint32_t steps = 0;
   importer.geometry.ExportFaces(
+      params.entities,
       [&](const FaceSink& sink) {
         ForEachSelectedFace(params.entities, atRoot, *params.manager, inputs,
                             [&](SUFaceRef su_face, const FaceContext& context) {

@@ -101,13 +101,13 @@ struct FaceCollector::Scratch {
   std::span<const LoopData> Loops() const { return {loops.data(), loopsRead}; }
 
   // Reads plane, loops and openings. The places of the edges are fetched meanwhile.
-  bool ReadFace(SUFaceRef su_face, const HandleIndex& edgeIndexes, Point& normal,
+  bool ReadFace(SUFaceRef su_face, const HandleIndex& edgeIndex, Point& normal,
                 std::unique_ptr<std::vector<std::vector<Point>>>& openings);
-  bool ReadLoops(SUFaceRef su_face, const HandleIndex& edgeIndexes);
-  bool AddLoop(SULoopRef su_loop, const HandleIndex& edgeIndexes);
+  bool ReadLoops(SUFaceRef su_face, const HandleIndex& edgeIndex);
+  bool AddLoop(SULoopRef su_loop, const HandleIndex& edgeIndex);
 };
 
-bool FaceCollector::Scratch::ReadFace(SUFaceRef su_face, const HandleIndex& edgeIndexes,
+bool FaceCollector::Scratch::ReadFace(SUFaceRef su_face, const HandleIndex& edgeIndex,
                                       Point& normal,
                                       std::unique_ptr<std::vector<std::vector<Point>>>& openings) {
   SUPlane3D su_plane = {};
@@ -116,7 +116,7 @@ bool FaceCollector::Scratch::ReadFace(SUFaceRef su_face, const HandleIndex& edge
   const double length = glm::length(direction);
   if (!(length >= kNoDirection)) return false;
   normal = direction / length;
-  if (!ReadLoops(su_face, edgeIndexes)) return false;
+  if (!ReadLoops(su_face, edgeIndex)) return false;
   const OwnedOpenings owned(su_face);
   for (const SUOpeningRef su_opening : owned.su_openings) {
     std::vector<Point> points = ReadOpening(su_opening);
@@ -127,61 +127,74 @@ bool FaceCollector::Scratch::ReadFace(SUFaceRef su_face, const HandleIndex& edge
   return true;
 }
 
-bool FaceCollector::Scratch::AddLoop(SULoopRef su_loop, const HandleIndex& edgeIndexes) {
+bool FaceCollector::Scratch::AddLoop(SULoopRef su_loop, const HandleIndex& edgeIndex) {
   if (loopsRead == loops.size()) loops.emplace_back();
   if (!ReadLoop(su_loop, loops[loopsRead])) return false;
-  for (const SUEdgeRef su_edge : loops[loopsRead].edges) edgeIndexes.Prefetch(HandleKey(su_edge));
+  for (const SUEdgeRef su_edge : loops[loopsRead].edges) edgeIndex.Prefetch(HandleKey(su_edge));
   ++loopsRead;
   return true;
 }
 
 // An inner loop that cannot be read is left out.
-bool FaceCollector::Scratch::ReadLoops(SUFaceRef su_face, const HandleIndex& edgeIndexes) {
+bool FaceCollector::Scratch::ReadLoops(SUFaceRef su_face, const HandleIndex& edgeIndex) {
   loopsRead = 0;
   SULoopRef su_outer = SU_INVALID;
-  if (SUFaceGetOuterLoop(su_face, &su_outer) != SU_ERROR_NONE || !AddLoop(su_outer, edgeIndexes))
+  if (SUFaceGetOuterLoop(su_face, &su_outer) != SU_ERROR_NONE || !AddLoop(su_outer, edgeIndex))
     return false;
   std::size_t count = 0;
   if (SUFaceGetNumInnerLoops(su_face, &count) != SU_ERROR_NONE || count == 0) return true;
   std::vector<SULoopRef> su_inner(count, SULoopRef SU_INVALID);
   if (SUFaceGetInnerLoops(su_face, count, su_inner.data(), &count) != SU_ERROR_NONE) return true;
-  for (std::size_t i = 0; i < count && i < su_inner.size(); ++i) AddLoop(su_inner[i], edgeIndexes);
+  for (std::size_t i = 0; i < count && i < su_inner.size(); ++i) AddLoop(su_inner[i], edgeIndex);
   return true;
 }
 
 void FaceCollector::Clear() {
-  faceIndexes.Clear();
-  edgeIndexes.Clear();
+  scopes.Clear();
+  scopeOf.clear();
   faces.Clear();
   edges.Clear();
   memory.Clear();
   fans.Clear();
+  scope = static_cast<std::uint32_t>(scopes.Append());
 }
 
-void FaceCollector::Reserve(std::uint64_t faceCount) {
-  // Two edges a face are usual, where quads share them. Room for more costs little, and growing
-  // makes everybody wait.
-  constexpr double kEdgesPerFace = 4.5;
-  faceIndexes.Reserve(faceCount);
-  edgeIndexes.Reserve(static_cast<std::uint64_t>(kEdgesPerFace * static_cast<double>(faceCount)));
+std::uint32_t FaceCollector::EnterScope(SUEntitiesRef su_entities, std::size_t faceCount) {
+  const auto [known, isNew] = scopeOf.try_emplace(HandleKey(su_entities), 0u);
+  if (isNew) {
+    // Two edges a face are usual, where quads share them. Room for more costs little, and growing
+    // makes everybody wait.
+    constexpr double kEdgesPerFace = 4.5;
+    known->second = static_cast<std::uint32_t>(scopes.Append());
+    Tables& tables = scopes[known->second];
+    tables.faces.Reserve(faceCount);
+    tables.edges.Reserve(static_cast<std::size_t>(kEdgesPerFace * static_cast<double>(faceCount)));
+  }
+  scope = known->second;
+  return scope;
 }
 
 // The face's index; a face not met before is listed.
-std::uint32_t FaceCollector::FaceIndex(SUFaceRef su_face) {
+std::uint32_t FaceCollector::FaceIndex(SUFaceRef su_face, std::uint32_t faceScope) {
+  HandleIndex& index = scopes[faceScope].faces;
   const auto keyAt = [this](std::uint32_t i) { return HandleKey(faces[i].su_face); };
   const std::uint64_t key = HandleKey(su_face);
-  const std::uint32_t known = faceIndexes.Find(key, keyAt);
+  const std::uint32_t known = index.Find(key, keyAt);
   if (known != kNone) return known;
+  index.Expect(1);
   const auto next = static_cast<std::uint32_t>(faces.Append());
-  return faceIndexes.FindOrInsert(key, next, keyAt, [&] { faces[next].su_face = su_face; });
+  return index.FindOrInsert(key, next, keyAt, [&] {
+    faces[next].su_face = su_face;
+    faces[next].scope = faceScope;
+  });
 }
 
 const FaceData& FaceCollector::CollectFaceData(SUFaceRef su_face) {
-  return ReadFace(FaceIndex(su_face));
+  return ReadFace(FaceIndex(su_face, scope));
 }
 
-std::uint32_t FaceCollector::CollectFace(SUFaceRef su_face) {
-  const std::uint32_t face = FaceIndex(su_face);
+std::uint32_t FaceCollector::CollectFace(SUFaceRef su_face, std::uint32_t faceScope) {
+  const std::uint32_t face = FaceIndex(su_face, faceScope);
   Collect(face);
   return face;
 }
@@ -219,13 +232,14 @@ void FaceCollector::CollectUnread(std::uint32_t face) {
     ~ReadAtTheEnd() { data.state.store(FaceData::State::Read, std::memory_order_release); }
   };
   const ReadAtTheEnd end{data};
+  HandleIndex& edgeIndex = scopes[data.scope].edges;
   static PerThread<Scratch> scratchOf;
   Scratch& scratch = scratchOf.Get();
   {
     const GateGuard gate = GateAcquire(Gate::FaceData);
-    if (!scratch.ReadFace(data.su_face, edgeIndexes, data.normal, data.openings)) return;
+    if (!scratch.ReadFace(data.su_face, edgeIndex, data.normal, data.openings)) return;
   }
-  ListEdges(scratch);
+  ListEdges(edgeIndex, scratch);
   const std::size_t bytes = FaceData::BlockBytes(scratch.edges.size(), scratch.loopsRead);
   data.Pack(scratch.Loops(), scratch.edges, static_cast<std::byte*>(memory.Allocate(bytes)));
   ReadEdges(face, scratch);
@@ -234,28 +248,29 @@ void FaceCollector::CollectUnread(std::uint32_t face) {
 
 // Looks up all edges of the loops, and lists those not met before. Each look-up leads on to the
 // edge's own record, so all of those are fetched at once.
-void FaceCollector::ListEdges(Scratch& scratch) {
+void FaceCollector::ListEdges(HandleIndex& index, Scratch& scratch) {
   const auto keyAt = [this](std::uint32_t i) { return edges[i].key; };
   for (const LoopData& loop : scratch.Loops()) {
     for (const SUEdgeRef su_edge : loop.edges) {
-      edgeIndexes.PrefetchEntry(HandleKey(su_edge), [this](std::uint32_t i) { return &edges[i]; });
+      index.PrefetchEntry(HandleKey(su_edge), [this](std::uint32_t i) { return &edges[i]; });
     }
   }
   scratch.edges.clear();
   for (const LoopData& loop : scratch.Loops()) {
     for (const SUEdgeRef su_edge : loop.edges) {
-      scratch.edges.push_back(edgeIndexes.Find(HandleKey(su_edge), keyAt));
+      scratch.edges.push_back(index.Find(HandleKey(su_edge), keyAt));
     }
   }
   const auto unknown = std::count(scratch.edges.begin(), scratch.edges.end(), kNone);
   if (unknown == 0) return;
+  index.Expect(static_cast<std::size_t>(unknown));
   auto next = static_cast<std::uint32_t>(edges.Append(static_cast<std::size_t>(unknown)));
   std::uint32_t* edge = scratch.edges.data();
   for (const LoopData& loop : scratch.Loops()) {
     for (const SUEdgeRef su_edge : loop.edges) {
       if (*edge == kNone) {
         const std::uint64_t key = HandleKey(su_edge);
-        *edge = edgeIndexes.FindOrInsert(key, next, keyAt, [&] { edges[next].key = key; });
+        *edge = index.FindOrInsert(key, next, keyAt, [&] { edges[next].key = key; });
         if (*edge == next) ++next;
       }
       ++edge;
@@ -267,11 +282,11 @@ void FaceCollector::ListEdges(Scratch& scratch) {
 // somebody asks for them, which is seldom before they are read.
 void FaceCollector::ReadEdges(std::uint32_t face, Scratch& scratch) {
   const Scratch::EdgeClaims end{scratch};
-  ClaimEdges(scratch);
+  ClaimEdges(scopes[faces[face].scope].faces, scratch);
   ListFaces(face, scratch);
 }
 
-void FaceCollector::ClaimEdges(Scratch& scratch) {
+void FaceCollector::ClaimEdges(const HandleIndex& faceIndex, Scratch& scratch) {
   const GateGuard gate = GateAcquire(Gate::FaceData);
   const std::uint32_t* index = scratch.edges.data();
   for (const LoopData& loop : scratch.Loops()) {
@@ -280,13 +295,13 @@ void FaceCollector::ClaimEdges(Scratch& scratch) {
       std::uint32_t state = edge.state.load(std::memory_order_relaxed);
       if (state != kUnread || !edge.state.compare_exchange_strong(state, kReading)) continue;
       scratch.claimed.push_back({&edge});
-      ReadEdge(su_edge, scratch);
+      ReadEdge(su_edge, faceIndex, scratch);
     }
   }
 }
 
 // Reads the edge that was claimed last. The places of its faces are fetched until they are listed.
-void FaceCollector::ReadEdge(SUEdgeRef su_edge, Scratch& scratch) {
+void FaceCollector::ReadEdge(SUEdgeRef su_edge, const HandleIndex& faceIndex, Scratch& scratch) {
   Scratch::ClaimedEdge& claim = scratch.claimed.back();
   bool smooth = false;
   if (SUEdgeGetSmooth(su_edge, &smooth) != SU_ERROR_NONE || !smooth) return;
@@ -301,7 +316,7 @@ void FaceCollector::ReadEdge(SUEdgeRef su_edge, Scratch& scratch) {
   claim.faceCount = std::min(count, got);
   su_faces.resize(first + claim.faceCount);
   for (std::size_t i = first; i < su_faces.size(); ++i) {
-    faceIndexes.Prefetch(HandleKey(su_faces[i]));
+    faceIndex.Prefetch(HandleKey(su_faces[i]));
   }
 }
 
@@ -318,14 +333,14 @@ void FaceCollector::ListFaces(std::uint32_t face, Scratch& scratch) {
       claim.edge->manyFaces = indexes;
     }
     for (std::size_t i = 0; i < count; ++i, ++su_next) {
-      indexes[i] = SUAreEqual(*su_next, su_own) ? face : FaceIndex(*su_next);
+      indexes[i] = SUAreEqual(*su_next, su_own) ? face : FaceIndex(*su_next, faces[face].scope);
     }
     claim.state |= static_cast<std::uint32_t>(count) << kCountShift;
   }
 }
 
 std::uint32_t FaceCollector::CollectSmoothingGroup(SUFaceRef su_face) {
-  const std::uint32_t start = FaceIndex(su_face);
+  const std::uint32_t start = FaceIndex(su_face, scope);
   FaceData& first = faces[start];
   if (first.visited) return first.valid ? start : kNone;
   Collect(start);
@@ -363,8 +378,8 @@ bool FaceCollector::GatherFacePoints(std::uint32_t face, std::vector<Point>& poi
 }
 
 std::uint32_t FaceCollector::FindFace(SUFaceRef su_face) const {
-  return faceIndexes.Find(HandleKey(su_face),
-                          [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
+  return scopes[scope].faces.Find(HandleKey(su_face),
+                                  [this](std::uint32_t i) { return HandleKey(faces[i].su_face); });
 }
 
 const FaceData* FaceCollector::FindFaceData(SUFaceRef su_face) const {

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <SketchUpAPI/sketchup.h>
 
 #include "geometry/BlockList.h"
@@ -17,24 +18,30 @@
 namespace quellix {
 
 // Everything that one export has read of faces and edges, so that each is read from the host once
-// however often it is met. Faces and edges have indexes here, in the order in which they are first
-// met; an index is good until Clear.
+// however often it is met. Faces and edges have indexes here; an index is good until Clear.
 //
-// Any number of threads may collect and read at once, except in Clear, Reserve and
-// CollectSmoothingGroup. Whoever meets a face or an edge first reads it, without a lock; others
-// that need it wait until that is done. What was read stays as it is and where it is.
+// Handles are looked up among those of one scope: an entities collection, whose faces and edges no
+// other collection has. So a look-up touches what the faces before have touched, however large the
+// model is.
+//
+// Any number of threads may collect and read at once, except in Clear and CollectSmoothingGroup;
+// one of them, which walks the model, enters scopes. Whoever meets a face or an edge first reads
+// it, without a lock; others that need it wait until that is done. What was read stays as it is and
+// where it is.
 class FaceCollector {
  public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
-  FaceCollector() = default;
+  FaceCollector() { Clear(); }
   FaceCollector(const FaceCollector&) = delete;
   FaceCollector& operator=(const FaceCollector&) = delete;
 
   void Clear();
 
-  // Makes room for looking up so many faces and the edges that a building's faces have.
-  void Reserve(std::uint64_t faceCount);
+  // From here on, faces that are given without a scope belong to the collection, which has so many.
+  // Gives its scope, the same each time. At first there is a scope of no collection, 0.
+  std::uint32_t EnterScope(SUEntitiesRef su_entities, std::size_t faceCount);
+  std::uint32_t Scope() const { return scope; }
 
   // Reads a face, its loops, openings and the smooth flags of its edges, unless that was done. The
   // result stays at its place until Clear; it may be not valid: a plane without direction or an
@@ -44,7 +51,7 @@ class FaceCollector {
   // Reads a face, unless that was done or another thread is about it; gives its index. Once
   // ReadFace has found it valid it can be tessellated: faces around its vertices are read where
   // they are needed.
-  std::uint32_t CollectFace(SUFaceRef su_face);
+  std::uint32_t CollectFace(SUFaceRef su_face, std::uint32_t faceScope = 0);
 
   // Collects the face and all faces that chains of smooth edges lead to: afterwards it can be
   // tessellated without host calls. The result is the face's index, kNone when the face itself is
@@ -101,7 +108,13 @@ class FaceCollector {
   };
   struct Scratch;
 
-  std::uint32_t FaceIndex(SUFaceRef su_face);
+  // The faces and edges of one collection.
+  struct Tables {
+    HandleIndex faces;
+    HandleIndex edges;
+  };
+
+  std::uint32_t FaceIndex(SUFaceRef su_face, std::uint32_t faceScope);
   bool Collect(std::uint32_t face);
   static void Await(const FaceData& face);
   void CollectUnread(std::uint32_t face);
@@ -110,14 +123,15 @@ class FaceCollector {
     return state != kReading ? state : StateOfAwaited(edge);
   }
   static std::uint32_t StateOfAwaited(const EdgeData& edge);
-  void ListEdges(Scratch& scratch);
+  void ListEdges(HandleIndex& index, Scratch& scratch);
   void ReadEdges(std::uint32_t face, Scratch& scratch);
-  void ClaimEdges(Scratch& scratch);
-  void ReadEdge(SUEdgeRef su_edge, Scratch& scratch);
+  void ClaimEdges(const HandleIndex& faceIndex, Scratch& scratch);
+  void ReadEdge(SUEdgeRef su_edge, const HandleIndex& faceIndex, Scratch& scratch);
   void ListFaces(std::uint32_t face, Scratch& scratch);
 
-  HandleIndex faceIndexes;
-  HandleIndex edgeIndexes;
+  BlockList<Tables> scopes;
+  boost::unordered_flat_map<std::uint64_t, std::uint32_t, HandleHash> scopeOf;
+  std::uint32_t scope = 0;
   BlockList<FaceData> faces;
   BlockList<EdgeData> edges;
   SharedArena memory;

@@ -117,6 +117,7 @@ class FaceData {
   std::uint32_t valid : 1 = 0;
   std::uint32_t visited : 1 = 0;
   std::atomic<State> state{State::Unread};
+  std::uint32_t scope = 0;  // of the collector, which the face is found in
 };
 
 template <class Visit>

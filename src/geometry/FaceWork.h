@@ -58,6 +58,7 @@ struct FaceChunk {
   void DropFaces();
   const FaceContext& ContextOf(const FaceWork& work) const { return contexts[work.context]; }
 
+  std::uint32_t scope = 0;  // the collector's, of all these faces
   std::vector<FaceWork> faces;
   std::vector<FaceContext> contexts;
   UvList uv;

@@ -17,7 +17,6 @@ void GeometryExport::Begin(SUEntitiesRef su_root, bool reload,
   const Stopwatch watch;
   sender.totalFaces = CountPolygons(su_root, faceCounts);
   LogLine("CountPolygons: %.1f ms (faces=%ld)", watch.Ms(), static_cast<long>(sender.totalFaces));
-  collector.Reserve(faceCounts.distinct);
 }
 
 void GeometryExport::Finish(std::vector<std::uint64_t>& cachedOwners) {
@@ -49,7 +48,11 @@ void GeometryExport::OpenMesh(const MeshPlacement& placement) {
   if (pipeline) pipeline->OpenMesh(placement, static_cast<std::uint8_t>(geometryPass));
 }
 
-void GeometryExport::ExportFaces(const FaceSource& source, MeshBuffer& buffer) {
+void GeometryExport::ExportFaces(SUEntitiesRef su_entities, const FaceSource& source,
+                                 MeshBuffer& buffer) {
+  std::size_t faces = 0;
+  if (SUEntitiesGetNumFaces(su_entities, &faces) != SU_ERROR_NONE || faces == 0) return;
+  collector.EnterScope(su_entities, faces);
   if (pipeline) {
     pipeline->ProduceFaceWork(source);
   } else if (pool) {

@@ -47,8 +47,9 @@ class GeometryExport {
 
   // Starts a mesh.
   void OpenMesh(const MeshPlacement& placement);
-  // Adds the faces of one collection to the mesh; in the pipeline `buffer` stays as it is.
-  void ExportFaces(const FaceSource& source, MeshBuffer& buffer);
+  // Adds the collection's faces that `source` gives to the mesh; in the pipeline `buffer` stays as
+  // it is.
+  void ExportFaces(SUEntitiesRef su_entities, const FaceSource& source, MeshBuffer& buffer);
   // Ends the mesh; it is sent, if it holds anything, under its placement.
   void CloseMesh(const MeshBuffer& buffer, const MeshPlacement& placement);
   // Sends one more placement of a mesh that this export has made.

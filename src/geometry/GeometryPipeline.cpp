@@ -41,7 +41,10 @@ void GeometryPipeline::ProduceFaceWork(const FaceSource& source) {
   if (!currentJob) return;
   std::unique_ptr<FaceChunk> chunk;
   source([&](SUFaceRef su_face, const FaceContext& context) {
-    if (!chunk) chunk = std::make_unique<FaceChunk>();
+    if (!chunk) {
+      chunk = std::make_unique<FaceChunk>();
+      chunk->scope = collector.Scope();
+    }
     FaceWork& work = chunk->Add(su_face, context);
     if (context.front.textured || context.back.textured) {
       const ScopedTiming timing(Timings().uvHelper);
@@ -112,7 +115,9 @@ void GeometryPipeline::ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, F
 // Another thread may be reading some of the faces as neighbours of its own. They are waited for in
 // the end, when that is mostly over.
 void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
-  for (FaceWork& work : chunk.faces) work.face = collector.CollectFace(work.su_face);
+  for (FaceWork& work : chunk.faces) {
+    work.face = collector.CollectFace(work.su_face, chunk.scope);
+  }
   for (FaceWork& work : chunk.faces) {
     if (!collector.ReadFace(work.face).Valid()) work.face = FaceCollector::kNone;
   }

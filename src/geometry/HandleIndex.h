@@ -52,11 +52,13 @@ class HandleIndex {
 #endif
   }
 
-  // Makes room for so many handles.
-  void Reserve(std::uint64_t handles) {
-    Table* const table = current.load(std::memory_order_acquire);
-    const std::size_t size = std::max(kFirstSize, handles * kFullParts / kUsedParts + 1);
-    if (table == nullptr || size > table->size) Grow(table, size);
+  // Before handles are inserted: makes room for so many more. Any thread, each for its own.
+  void Expect(std::size_t handles) {
+    MakeRoom(expected.fetch_add(handles, std::memory_order_relaxed) + handles);
+  }
+  // Makes room for so many in all, which saves growing by and by.
+  void Reserve(std::size_t handles) {
+    MakeRoom(handles);
   }
 
   // kNone for a handle that is not there.
@@ -74,18 +76,13 @@ class HandleIndex {
 
   // The handle's index. For one that is not there, `list()` puts it into the list at `next`, an
   // index that no other thread uses; unless another thread inserts the same handle before, `next`
-  // is the answer then.
+  // is the answer then. Room was made for it before.
   template <class KeyAt, class List>
   std::uint32_t FindOrInsert(std::uint64_t key, std::uint32_t next, KeyAt&& keyAt, List&& list) {
     const std::uint32_t tag = TagOf(key);
     bool listed = false;
     for (;;) {
       Table* const table = current.load(std::memory_order_acquire);
-      // No index is inserted twice, so there are never more than this many.
-      if (table == nullptr || next * std::uint64_t{kFullParts} >= table->size * kUsedParts) {
-        Grow(table, table == nullptr ? kFirstSize : table->size * 2);
-        continue;
-      }
       for (std::size_t place = table->Place(tag);; place = table->After(place)) {
         Slot slot = table->slots[place].load(std::memory_order_acquire);
         if (slot == kFree) {
@@ -97,7 +94,7 @@ class HandleIndex {
           }
         }
         if (slot == kClosed) {
-          Grow(table, table->size * 2);
+          AwaitGrowth();
           break;
         }
         if (TagIn(slot) == tag && keyAt(IndexIn(slot)) == key) return IndexIn(slot);
@@ -109,7 +106,7 @@ class HandleIndex {
   // At most three quarters of the slots are used.
   static constexpr std::size_t kUsedParts = 3;
   static constexpr std::size_t kFullParts = 4;
-  static constexpr std::size_t kFirstSize = 256;
+  static constexpr std::size_t kFirstSize = 16;
   static constexpr unsigned kTagBits = 32;
 
   // A part of the handle's hash, and above it the index plus one. A place that was free when its
@@ -149,6 +146,15 @@ class HandleIndex {
     std::unique_ptr<Table> former;
   };
 
+  void MakeRoom(std::size_t handles) {
+    const std::size_t wanted = handles * kFullParts / kUsedParts + 1;
+    for (;;) {
+      Table* const table = current.load(std::memory_order_acquire);
+      if (table != nullptr && wanted <= table->size) return;
+      Grow(table, std::max(table == nullptr ? kFirstSize : 2 * table->size, wanted));
+    }
+  }
+
   // Moves on to a larger table, unless another thread has done so since `full` was the current one.
   void Grow(Table* full, std::size_t size) {
     const auto lock = LockTimed<std::unique_lock<std::mutex>>(growing, Waits().collectorLock);
@@ -168,8 +174,13 @@ class HandleIndex {
     current.store(table.release(), std::memory_order_release);
   }
 
+  void AwaitGrowth() {
+    const auto lock = LockTimed<std::unique_lock<std::mutex>>(growing, Waits().collectorLock);
+  }
+
   std::atomic<Table*> current{nullptr};
   std::mutex growing;
+  std::atomic<std::size_t> expected{0};  // handles inserted and announced
 };
 
 }  // namespace quellix

@@ -56,10 +56,9 @@ struct Level {
   std::uint32_t faces = 0;
 };
 
-Level Open(SUEntitiesRef su_entities, FaceCounts& counts) {
+Level Open(SUEntitiesRef su_entities) {
   std::size_t faces = 0;
   if (SUEntitiesGetNumFaces(su_entities, &faces) != SU_ERROR_NONE) faces = 0;
-  counts.distinct += faces;
   return {su_entities, PlacedIn(su_entities), 0, Sum(faces, 0)};
 }
 
@@ -68,25 +67,25 @@ Level Open(SUEntitiesRef su_entities, FaceCounts& counts) {
 // Models nest deeper than a thread's stack may bear, so the levels stand in a list. A collection
 // under way is in `counts` already, as 0, which ends circles.
 std::uint32_t CountPolygons(SUEntitiesRef su_entities, FaceCounts& counts) {
-  const auto known = counts.placed.find(su_entities);
-  if (known != counts.placed.end()) return known->second;
-  counts.placed[su_entities] = 0;
+  const auto known = counts.find(su_entities);
+  if (known != counts.end()) return known->second;
+  counts[su_entities] = 0;
   std::vector<Level> levels;
-  levels.push_back(Open(su_entities, counts));
+  levels.push_back(Open(su_entities));
   for (;;) {
     Level& level = levels.back();
     if (level.next == level.su_placed.size()) {
       const std::uint32_t faces = level.faces;
-      counts.placed[level.su_entities] = faces;
+      counts[level.su_entities] = faces;
       levels.pop_back();
       if (levels.empty()) return faces;
       levels.back().faces = Sum(levels.back().faces, faces);
       continue;
     }
     const SUEntitiesRef su_next = level.su_placed[level.next++];
-    const auto [it, isNew] = counts.placed.try_emplace(su_next, 0);
+    const auto [it, isNew] = counts.try_emplace(su_next, 0);
     if (isNew) {
-      levels.push_back(Open(su_next, counts));
+      levels.push_back(Open(su_next));
     } else {
       level.faces = Sum(level.faces, it->second);
     }

@@ -9,16 +9,12 @@
 
 namespace quellix {
 
-struct FaceCounts {
-  // Faces under an entities collection, those of each definition once per placement.
-  std::map<SUEntitiesRef, std::uint32_t, CW::HandleLess> placed;
-  // Faces of all these collections, each once.
-  std::uint64_t distinct = 0;
-};
+// Faces under an entities collection, those of each definition once per placement.
+using FaceCounts = std::map<SUEntitiesRef, std::uint32_t, CW::HandleLess>;
 
 // The faces of `su_entities` and of everything placed in it, faces on hidden layers included. Every
-// collection that is met is counted once and remembered in `counts`, each added to `distinct`.
-// Counts stop at 2^32 - 1. A definition that contains itself counts as empty there.
+// collection that is met is counted once and remembered in `counts`. Counts stop at 2^32 - 1. A
+// definition that contains itself counts as empty there.
 std::uint32_t CountPolygons(SUEntitiesRef su_entities, FaceCounts& counts);
 
 }  // namespace quellix

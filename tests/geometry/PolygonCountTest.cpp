@@ -76,14 +76,13 @@ TEST_F(PolygonCount, CountsEachPlacementAndRemembersEachCollection) {
 
   FaceCounts counts;
   EXPECT_EQ(CountPolygons(su_root, counts), 3u + 5 + 12 + (1 + 12));
-  EXPECT_EQ(counts.placed.size(), 4u);
-  EXPECT_EQ(counts.placed[Inside(su_room)], 12u);
-  EXPECT_EQ(counts.placed[su_group], 13u);
-  EXPECT_EQ(counts.distinct, 3u + 5 + 2 + 1);
+  EXPECT_EQ(counts.size(), 4u);
+  EXPECT_EQ(counts[Inside(su_room)], 12u);
+  EXPECT_EQ(counts[su_group], 13u);
 
   // What is remembered is not counted anew.
-  counts.placed.erase(su_root);
-  counts.placed[Inside(su_chair)] = 100;
+  counts.erase(su_root);
+  counts[Inside(su_chair)] = 100;
   EXPECT_EQ(CountPolygons(su_root, counts), 3u + 100 + 12 + 13);
 }
 

@@ -54,6 +54,7 @@ TEST(HandleIndex, GivesEveryThreadTheSameIndexForAHandleWhileItGrows) {
       for (std::uint64_t k = 0; k < kHandles; ++k) {
         const std::uint64_t i = k * kStrides[t] % kHandles;
         const std::uint64_t key = (i + 1) * step;
+        index.Expect(1);
         found[t][i] = index.FindOrInsert(key, next, keyAt, [&] { things[next].key = key; });
         if (found[t][i] == next) next = static_cast<std::uint32_t>(things.Append());
         if (index.Find(key, keyAt) != found[t][i]) ++lost;
