@@ -264,6 +264,32 @@ TEST(CollectFace, ThreadsShareTheReadingAndSeeTheSameNormals) {
   EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), 2 * edges) << "each edge is read once";
 }
 
+TEST(EnterScope, FindsFacesInTheirOwnCollectionAloneAndReadsThemOnce) {
+  scripted::Host host;
+  Strip here(host, 3);
+  Strip there(host, 3);
+  here.faces[1]->planeFails = true;
+  const SUEntitiesRef su_here{&here};
+  const SUEntitiesRef su_there{&there};
+  FaceCollector collector;
+  const std::uint32_t first = collector.EnterScope(su_here, here.faces.size());
+  for (scripted::Face* face : here.faces) collector.CollectFaceData(face->ref());
+  const std::uint32_t known = collector.FindFace(here.faces[0]->ref());
+  const std::uint32_t second = collector.EnterScope(su_there, 0);  // more than was announced
+  EXPECT_NE(second, first);
+  EXPECT_EQ(collector.FindFace(here.faces[0]->ref()), FaceCollector::kNone);
+  for (scripted::Face* face : there.faces) {
+    EXPECT_TRUE(collector.ReadFace(collector.CollectFace(face->ref(), second)).Valid());
+  }
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 6);
+
+  // Placed once more: what was read is there, also what was not valid.
+  EXPECT_EQ(collector.EnterScope(su_here, here.faces.size()), first);
+  EXPECT_EQ(collector.CollectSmoothingGroup(here.faces[0]->ref()), known);
+  EXPECT_EQ(collector.CollectSmoothingGroup(here.faces[1]->ref()), FaceCollector::kNone);
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 6);
+}
+
 // Whoever waits for a face or an edge goes on although its reader gave up.
 TEST(CollectFace, AReaderThatFailsLeavesTheFaceNotValidAndNobodyWaiting) {
   scripted::Host host;
