@@ -28,7 +28,10 @@ class HandleIndex {
   ~HandleIndex() { Clear(); }
 
   // While nobody else is here.
-  void Clear() { delete current.exchange(nullptr); }
+  void Clear() {
+    delete current.exchange(nullptr);
+    expected = 0;
+  }
 
   // Brings the place of a handle nearer, for a Find soon after.
   void Prefetch([[maybe_unused]] std::uint64_t key) const {
