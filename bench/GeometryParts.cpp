@@ -20,27 +20,53 @@ using namespace quellix;
 
 constexpr std::size_t kFaces = 20000;
 
-// The faces of one definition of the mixed scene.
-const std::vector<SUFaceRef>& Faces() {
-  static const std::vector<SUFaceRef> faces = [] {
+// A definition of the mixed scene.
+struct Collection {
+  SUEntitiesRef su_entities;
+  std::vector<SUFaceRef> su_faces;
+};
+
+const std::vector<Collection>& Collections() {
+  static const std::vector<Collection> collections = [] {
     const SUModelRef su_model = BuildScene({kFaces, 20, 20, false, 0, 1});
-    std::vector<SUFaceRef> all;
+    std::vector<Collection> all;
     std::size_t count = 0;
     SUModelGetNumComponentDefinitions(su_model, &count);
     std::vector<SUComponentDefinitionRef> su_definitions(count,
                                                          SUComponentDefinitionRef SU_INVALID);
     SUModelGetComponentDefinitions(su_model, count, su_definitions.data(), &count);
     for (const SUComponentDefinitionRef su_definition : su_definitions) {
-      SUEntitiesRef su_entities = SU_INVALID;
-      SUComponentDefinitionGetEntities(su_definition, &su_entities);
-      SUEntitiesGetNumFaces(su_entities, &count);
-      std::vector<SUFaceRef> su_faces(count, SUFaceRef SU_INVALID);
-      SUEntitiesGetFaces(su_entities, count, su_faces.data(), &count);
-      all.insert(all.end(), su_faces.begin(), su_faces.end());
+      Collection& collection = all.emplace_back();
+      SUComponentDefinitionGetEntities(su_definition, &collection.su_entities);
+      SUEntitiesGetNumFaces(collection.su_entities, &count);
+      collection.su_faces.assign(count, SUFaceRef SU_INVALID);
+      SUEntitiesGetFaces(collection.su_entities, count, collection.su_faces.data(), &count);
+    }
+    return all;
+  }();
+  return collections;
+}
+
+const std::vector<SUFaceRef>& Faces() {
+  static const std::vector<SUFaceRef> faces = [] {
+    std::vector<SUFaceRef> all;
+    for (const Collection& collection : Collections()) {
+      all.insert(all.end(), collection.su_faces.begin(), collection.su_faces.end());
     }
     return all;
   }();
   return faces;
+}
+
+// Collects all faces, each in its own collection; `visit` gets the index of each.
+template <class Visit>
+void CollectAll(FaceCollector& collector, Visit&& visit) {
+  for (const Collection& collection : Collections()) {
+    collector.EnterScope(collection.su_entities, collection.su_faces.size());
+    for (const SUFaceRef su_face : collection.su_faces) {
+      visit(collector.CollectSmoothingGroup(su_face));
+    }
+  }
 }
 
 // Into a buffer as an export fills it: not touched before, grown as it goes.
@@ -52,9 +78,7 @@ void AppendOwn(FaceCollector& collector, std::uint32_t face, TessMesh& mesh, Mes
 std::size_t OwnPath(MeshBuffer& buffer) {
   FaceCollector collector;
   TessMesh mesh;
-  for (const SUFaceRef su_face : Faces()) {
-    AppendOwn(collector, collector.CollectSmoothingGroup(su_face), mesh, buffer);
-  }
+  CollectAll(collector, [&](std::uint32_t face) { AppendOwn(collector, face, mesh, buffer); });
   return buffer.vertices.size();
 }
 
@@ -68,7 +92,7 @@ void BM_OwnPath(benchmark::State& state) {
 void BM_Collection(benchmark::State& state) {
   for (auto _ : state) {
     FaceCollector collector;
-    for (const SUFaceRef su_face : Faces()) collector.CollectSmoothingGroup(su_face);
+    CollectAll(collector, [](std::uint32_t) {});
     benchmark::ClobberMemory();
   }
 }
@@ -160,9 +184,7 @@ void BM_CollectionHostCalls(benchmark::State& state) {
 void BM_TessellationAndPacking(benchmark::State& state) {
   static FaceCollector collector;
   std::vector<std::uint32_t> faces;
-  for (const SUFaceRef su_face : Faces()) {
-    faces.push_back(collector.CollectSmoothingGroup(su_face));
-  }
+  CollectAll(collector, [&](std::uint32_t face) { faces.push_back(face); });
   TessMesh mesh;
   for (auto _ : state) {
     MeshBuffer buffer;
