@@ -53,7 +53,7 @@ class BlockList {
   static constexpr std::size_t kBlocks = 40;
 
   static std::size_t BlockOf(std::size_t i) {
-    return static_cast<std::size_t>(std::bit_width(i + kFirst)) - 1 - kFirstBits;
+    return static_cast<std::size_t>(std::bit_width((i >> kFirstBits) + 1)) - 1;
   }
   T* At(std::size_t i) const {
     const std::size_t block = BlockOf(i);
