@@ -1,9 +1,10 @@
 #include "export/MaterialExport.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <optional>
-#include <semaphore>
 
 #include "cw/Entity.h"
 #include "export/AttributeReaders.h"
@@ -24,12 +25,19 @@ std::atomic<int> peakRecordsAlive{0};
 // What bounds the queue to the pool: a record is made only when fewer than (workers + 2) are alive,
 // and counts until its last owner lets it go. So each worker has one, one waits for it, and one is
 // being prepared, however many materials there are and however slowly the renderer takes them.
+//
+// Not a std::counting_semaphore: where the system has no futex, libstdc++ 12's can miss a release
+// and wait for ever.
 class RecordBudget {
  public:
   explicit RecordBudget(int records) : free(records) {}
 
   std::shared_ptr<MaterialSendJob> Take() {
-    free.acquire();
+    {
+      std::unique_lock lock(mutex);
+      recordFreed.wait(lock, [this] { return free > 0; });
+      --free;
+    }
     const int alive = ++recordsAlive;
     int peak = peakRecordsAlive;
     while (alive > peak && !peakRecordsAlive.compare_exchange_weak(peak, alive)) {
@@ -37,12 +45,16 @@ class RecordBudget {
     return {new MaterialSendJob, [this](MaterialSendJob* job) {
               delete job;
               --recordsAlive;
-              free.release();
+              const std::lock_guard lock(mutex);
+              ++free;
+              recordFreed.notify_one();
             }};
   }
 
  private:
-  std::counting_semaphore<> free;
+  std::mutex mutex;
+  std::condition_variable recordFreed;
+  int free;
 };
 
 class MaterialExporter {
