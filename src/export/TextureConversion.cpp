@@ -56,31 +56,37 @@ void CopyWithAlphaOf(const std::uint8_t* source, const std::uint8_t* alpha, std:
   }
 }
 
-// The three bytes of a pixel in the low part of a word, its order reversed if wanted. The word's
-// high byte is of no account.
+// Four pixels as they are sent: 16 bytes.
+using FourPixels = std::uint8_t __attribute__((vector_size(16)));
+
+constexpr FourPixels kFourOpaque = {0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255};
+
+// The first 12 of 16 bytes as four pixels, in one shuffle of bytes and one word operation: pixels
+// of 3 bytes lie across the words of the loops above.
 template <bool exchange>
-std::uint32_t Opaque24(std::uint32_t color) {
-  if constexpr (exchange) return __builtin_bswap32(color) >> 8 | kOpaque;
-  return color | kOpaque;
+FourPixels Opaque24(FourPixels bytes) {
+  if constexpr (exchange) {
+    bytes = __builtin_shufflevector(bytes, bytes, 2, 1, 0, 0, 5, 4, 3, 0, 8, 7, 6, 0, 11, 10, 9, 0);
+  } else {
+    bytes = __builtin_shufflevector(bytes, bytes, 0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
+  }
+  return bytes | kFourOpaque;
 }
 
-// Four pixels at a time are three words in and four words out.
 template <bool exchange>
 void ExpandFrom24(const std::uint8_t* source, std::uint8_t* target, std::uint64_t pixels) {
-  const std::uint64_t quads = pixels / 4;
-  for (std::uint64_t q = 0; q < quads; ++q) {
-    const std::uint32_t a = Load(source + 12 * q);
-    const std::uint32_t b = Load(source + 12 * q + 4);
-    const std::uint32_t c = Load(source + 12 * q + 8);
-    Store(target + 16 * q, Opaque24<exchange>(a));
-    Store(target + 16 * q + 4, Opaque24<exchange>(a >> 24 | b << 8));
-    Store(target + 16 * q + 8, Opaque24<exchange>(b >> 16 | c << 16));
-    Store(target + 16 * q + 12, Opaque24<exchange>(c >> 8));
+  std::uint64_t i = 0;
+  // Sixteen bytes are read for each twelve that are used, so the last pixels are left to the end.
+  for (; i + 6 <= pixels; i += 4) {
+    FourPixels bytes;
+    std::memcpy(&bytes, source + 3 * i, sizeof bytes);
+    bytes = Opaque24<exchange>(bytes);
+    std::memcpy(target + 4 * i, &bytes, sizeof bytes);
   }
-  for (std::uint64_t i = 4 * quads; i < pixels; ++i) {
+  for (; i < pixels; ++i) {
     const std::uint8_t* p = source + 3 * i;
     const std::uint32_t color = p[0] | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16;
-    Store(target + 4 * i, Opaque24<exchange>(color));
+    Store(target + 4 * i, Ordered<exchange>(color) | kOpaque);
   }
 }
 

@@ -45,11 +45,6 @@ TEST(ConvertTexturePixels, ChannelsAndAlphaByMode) {
        Block(TextureMode::Plain, true, 2, 1, 24, {1, 2, 3, 4, 5, 6}),
        false,
        {1, 2, 3, 255, 4, 5, 6, 255}},
-      {"24 bits, exchanged, more than four",
-       Block(TextureMode::Plain, true, 5, 1, 24,
-             {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}),
-       true,
-       {3, 2, 1, 255, 6, 5, 4, 255, 9, 8, 7, 255, 12, 11, 10, 255, 15, 14, 13, 255}},
       {"colorized with alpha",
        Block(TextureMode::Colorized, true, 2, 1, 32, two, alpha),
        false,
@@ -77,6 +72,26 @@ TEST(ConvertTexturePixels, ChannelsAndAlphaByMode) {
     EXPECT_EQ(Of(texture), c.wanted) << c.what;
     EXPECT_EQ(texture.stride, texture.width * 4) << c.what;
     EXPECT_EQ(texture.size, texture.width * texture.height * 4) << c.what;
+  }
+}
+
+// Several pixels at a time and the rest one by one, whatever their number leaves over.
+TEST(ConvertTexturePixels, ThreeBytesAPixelAtEveryCount) {
+  for (std::uint64_t pixels = 1; pixels <= 40; ++pixels) {
+    Bytes source;
+    Bytes kept;
+    Bytes exchanged;
+    for (std::uint64_t i = 0; i < pixels; ++i) {
+      const auto first = static_cast<std::uint8_t>(3 * i + 1);
+      const auto second = static_cast<std::uint8_t>(first + 1);
+      const auto third = static_cast<std::uint8_t>(first + 2);
+      source.insert(source.end(), {first, second, third});
+      kept.insert(kept.end(), {first, second, third, 255});
+      exchanged.insert(exchanged.end(), {third, second, first, 255});
+    }
+    const RawTextureData block = Block(TextureMode::Plain, true, pixels, 1, 24, source);
+    EXPECT_EQ(Of(ConvertTexturePixels(block, false)), kept) << pixels;
+    EXPECT_EQ(Of(ConvertTexturePixels(block, true)), exchanged) << pixels;
   }
 }
 
