@@ -175,13 +175,16 @@ bool ManualEvent::WatchUntil(Clock::time_point start, Clock::time_point end) con
 }
 
 bool ManualEvent::SleepUntil(Clock::time_point since, Clock::time_point deadline, After after) {
-  constexpr std::chrono::nanoseconds kLongestNap = std::chrono::milliseconds(3);
+  constexpr std::chrono::nanoseconds kShortestNap = std::chrono::microseconds(10);
+  constexpr std::chrono::nanoseconds kLongNap = std::chrono::milliseconds(3);
   for (;;) {
     if (LooksSignaled() && ConfirmSignaled(after)) return true;
     const Clock::time_point now = Clock::now();
     if (now >= deadline) return false;
-    const std::chrono::nanoseconds nap = std::clamp<std::chrono::nanoseconds>(
-        (now - since) / 4, std::chrono::microseconds(10), kLongestNap);
+    const std::chrono::nanoseconds waited = now - since;
+    // Seen at most a quarter late at first, 3 ms later on, and in the end half a percent.
+    const std::chrono::nanoseconds longest = std::max(kLongNap, waited / 200);
+    const std::chrono::nanoseconds nap = std::clamp(waited / 4, kShortestNap, longest);
     std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(nap, deadline - now));
   }
 }
