@@ -179,7 +179,13 @@ class Report {
     const json copy = run("", "copy");
     const double append = copy.at("append");
     const double memcpyRate = copy.at("memcpy");
-    const json trips = run("QUELLIX_IPC_PIPELINE=0", "awaited");
+    // Two processes meet in one of a few rhythms and mostly keep it, so the middle of five
+    // meetings.
+    std::vector<json> meetings;
+    for (int i = 0; i < 5; ++i) meetings.push_back(run("QUELLIX_IPC_PIPELINE=0", "awaited"));
+    std::nth_element(meetings.begin(), meetings.begin() + 2, meetings.end(),
+                     [](const json& a, const json& b) { return a.at("ratio") < b.at("ratio"); });
+    const json& trips = meetings[2];
     const json trip = run("", "sleeping");
     const double sleeping = trip.at("us");
     const json small = run("KVAPP_WORK_US=1", "small");
@@ -188,10 +194,9 @@ class Report {
         run("KVAPP_WORK_US=20 QUELLIX_IPC_PIPELINE=0", "rate").at("perSecond");
     std::printf(
         "\nAppendMesh of 64 MiB %.0f MiB/s, memcpy %.0f; an awaited small command %.2f us, a "
-        "placement "
-        "%.2f, a bare round trip %.2f,\none that sleeps %.1f; with 20 us of work on each side %.0f "
-        "commands/s pipelined, "
-        "%.0f awaited;\na placement that takes the renderer 1 us: %.1f us, %.1f of processor time, "
+        "placement %.2f, a bare round trip %.2f,\none that sleeps %.1f; with 20 us of work on each "
+        "side %.0f commands/s pipelined, %.0f awaited;\na placement that takes the renderer 1 us: "
+        "%.1f us, %.1f of processor time, "
         "beside %.1f of a trip that sleeps\n",
         append, memcpyRate, trips.at("us").get<double>(), trips.at("placementUs").get<double>(),
         trips.at("tripUs").get<double>(), sleeping, pipelinedRate, awaitedRate,
