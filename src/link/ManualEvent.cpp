@@ -182,8 +182,8 @@ bool ManualEvent::SleepUntil(Clock::time_point since, Clock::time_point deadline
     const Clock::time_point now = Clock::now();
     if (now >= deadline) return false;
     const std::chrono::nanoseconds waited = now - since;
-    // Seen at most a quarter late at first, 3 ms later on, and in the end half a percent.
-    const std::chrono::nanoseconds longest = std::max(kLongNap, waited / 200);
+    // Seen at most a quarter late at first, 3 ms later on, and in the end a percent.
+    const std::chrono::nanoseconds longest = std::max(kLongNap, waited / 100);
     const std::chrono::nanoseconds nap = std::clamp(waited / 4, kShortestNap, longest);
     std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(nap, deadline - now));
   }
