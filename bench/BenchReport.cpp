@@ -214,8 +214,7 @@ class Report {
         "\nAppendMesh of 64 MiB %.0f MiB/s, memcpy %.0f; an awaited small command %.2f us, a "
         "placement %.2f, a bare round trip %.2f,\none that sleeps %.1f; with 20 us of work on each "
         "side %.0f commands/s pipelined, %.0f awaited;\na placement that takes the renderer 1 us: "
-        "%.1f us, %.1f of processor time, "
-        "beside %.1f of a trip that sleeps\n",
+        "%.1f us, %.1f of processor time, beside %.1f of a trip that sleeps\n",
         append, memcpyRate, trips.at("us").get<double>(), trips.at("placementUs").get<double>(),
         trips.at("tripUs").get<double>(), sleeping, pipelinedRate, awaitedRate,
         small.at("us").get<double>(), small.at("processorUs").get<double>(),

@@ -66,7 +66,10 @@ Figure::Figure(std::string name, std::string unit, Figures::Better better,
 }  // namespace bench
 
 int main(int argc, char** argv) {
-  if (argc < 2) return 2;
+  if (argc < 2 || argv[1][0] == '-') {
+    std::fputs("bench_parts <file of the figures> [options of Google Benchmark]\n", stderr);
+    return 2;
+  }
   bench::Figures figures(argv[1]);
   --argc;
   std::swap(argv[0], argv[1]);
