@@ -38,7 +38,8 @@ class ImageRep {
   SUImageRepRef su_rep = SU_INVALID;
 };
 
-// All pixels with `bytesPerPixel` each, rows packed; the host may pad its rows.
+// All pixels with `bytesPerPixel` each, rows packed; the host may pad its rows. Empty when it does
+// not give them.
 std::vector<std::uint8_t> PackedPixels(const ImageRep& rep, std::uint64_t width,
                                        std::uint64_t height, std::uint64_t bytesPerPixel) {
   std::vector<std::uint8_t> pixels(width * height * bytesPerPixel);
@@ -48,13 +49,11 @@ std::vector<std::uint8_t> PackedPixels(const ImageRep& rep, std::uint64_t width,
   SUImageRepGetDataSize(rep.Ref(), &bytes, &bits);
   SUImageRepGetRowPadding(rep.Ref(), &padding);
   if (padding == 0) {
-    if (SUImageRepGetData(rep.Ref(), pixels.size(), pixels.data()) != SU_ERROR_NONE) {
-      std::fill(pixels.begin(), pixels.end(), std::uint8_t{0});
-    }
+    if (SUImageRepGetData(rep.Ref(), pixels.size(), pixels.data()) != SU_ERROR_NONE) return {};
     return pixels;
   }
   std::vector<std::uint8_t> padded(bytes);
-  if (SUImageRepGetData(rep.Ref(), padded.size(), padded.data()) != SU_ERROR_NONE) return pixels;
+  if (SUImageRepGetData(rep.Ref(), padded.size(), padded.data()) != SU_ERROR_NONE) return {};
   const std::uint64_t row = width * bytesPerPixel;
   for (std::uint64_t y = 0; y < height; ++y) {
     const std::uint64_t start = y * (row + padding);
@@ -64,14 +63,16 @@ std::vector<std::uint8_t> PackedPixels(const ImageRep& rep, std::uint64_t width,
   return pixels;
 }
 
-// Takes size and pixels of a representation that has 24 or 32 bits a pixel.
+// Takes size and pixels of a representation that has 24 or 32 bits a pixel; the block stays empty
+// when the host does not give them.
 void Take(const ImageRep& rep, RawTextureData& block) {
   std::size_t width = 0;
   std::size_t height = 0;
   SUImageRepGetPixelDimensions(rep.Ref(), &width, &height);
+  block.pixels = PackedPixels(rep, width, height, block.bitsPerPixel == 24 ? 3 : 4);
+  if (block.pixels.empty()) return;
   block.width = width;
   block.height = height;
-  block.pixels = PackedPixels(rep, width, height, block.bitsPerPixel == 24 ? 3 : 4);
 }
 
 // Of a representation of any depth: 24 bits stay, everything else becomes 32.
@@ -101,17 +102,19 @@ bool ReadColorized(SUTextureRef su_texture, RawTextureData& block) {
 // What an image entity or a file holds; without pixels the block stays not valid.
 bool TakeNonEmpty(ImageRep& rep, RawTextureData& block) {
   block.bitsPerPixel = Normalised(rep);
-  std::size_t width = 0;
-  std::size_t height = 0;
-  SUImageRepGetPixelDimensions(rep.Ref(), &width, &height);
-  if (width == 0 || height == 0) {
-    block.bitsPerPixel = 0;
-    return false;
-  }
   Take(rep, block);
-  block.valid = true;
-  return true;
+  block.valid = !block.pixels.empty();
+  if (!block.valid) block.bitsPerPixel = 0;
+  return block.valid;
 }
+
+// A file that is gone when this ends.
+struct TemporaryFile {
+  const wxString path;
+  ~TemporaryFile() {
+    if (wxFileExists(path)) wxRemoveFile(path);
+  }
+};
 
 bool UsesAlpha(SUTextureRef su_texture) {
   bool use = false;
@@ -157,18 +160,14 @@ bool ReadTextureViaWriter(SUTextureWriterRef su_writer, long textureId, SUTextur
   const GateGuard gate = GateAcquire(Gate::ImageRep);
   block = RawTextureData();
   block.useAlpha = SUIsValid(su_texture) && UsesAlpha(su_texture);
-  const wxFileName file(wxFileName::GetTempDir(),
-                        wxString::FromUTF8(("cqlx_tw_" + MakeUuidText() + ".png").c_str()));
-  const std::string path(file.GetFullPath().utf8_str());
+  const wxString name = wxString::FromUTF8(("cqlx_tw_" + MakeUuidText() + ".png").c_str());
+  const TemporaryFile file{wxFileName(wxFileName::GetTempDir(), name).GetFullPath()};
+  const std::string path(file.path.utf8_str());
   if (SUTextureWriterWriteTexture(su_writer, textureId, path.c_str(), false) != SU_ERROR_NONE) {
     return false;
   }
-  {
-    ImageRep rep;
-    if (SUImageRepLoadFile(rep.Ref(), path.c_str()) == SU_ERROR_NONE) TakeNonEmpty(rep, block);
-  }
-  wxRemoveFile(file.GetFullPath());
-  return block.valid;
+  ImageRep rep;
+  return SUImageRepLoadFile(rep.Ref(), path.c_str()) == SU_ERROR_NONE && TakeNonEmpty(rep, block);
 }
 
 }  // namespace quellix

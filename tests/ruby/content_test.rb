@@ -165,6 +165,28 @@ class ContentTest < LinkTest
     assert_equal [[4, 2]] * 2, quads
   end
 
+  # Pixels that the host fails to give are none, rather than black or see-through ones; what was baked
+  # into a file leaves none behind.
+  def test_pixels_that_cannot_be_read
+    { "24" => RGB, "32" => RGBA.merge(use_alpha: true), "padded" => { pixels: "\x01".b * 9, width: 3, height: 1, bits: 24 } }
+      .each { |name, texture| paint(name) { |m| m.texture = texture } }
+    paint("colorized") { |m| m.texture = RGBA.merge(use_alpha: true); m.colorize_deltas = [0, 0, 0.5] }
+    corners = SQUARE.map { |x, y, _| [x, y, 90] }
+    twisted = @model.materials.add("twisted")
+    twisted.texture = RGB
+    @model.entities.add_face(corners).position_material(twisted, corners.zip([[0, 0], [1, 0], [1, 1], [0.3, 0.9]]).flatten(1))
+    @model.entities.add_image(Dir.glob("/usr/share/assimp/models/**/*.png").min, [0, 0, 0], 20)
+    before = Dir.glob(File.join(Dir.tmpdir, "cqlx_tw_*"))
+    ModelHost.fail_call("SUImageRepGetData", 1, 6, true)
+    export
+    ModelHost.reset_modes
+    sizes = materials.transform_values { |fields| fields["bytes"].unpack("@80Q<Q<Q<") }
+    assert_equal [[0, 0, 0]], sizes.values.uniq, sizes.inspect
+    assert_empty %w[24 32 padded colorized twisted] - sizes.keys
+    refute sizes.keys.any? { |name| name.end_with?(".png") }, "an image without pixels is not sent"
+    assert_equal before, Dir.glob(File.join(Dir.tmpdir, "cqlx_tw_*"))
+  end
+
   def lamp(kind, definition: {}, entities: @model.entities, at: [0, 0, 0], **attributes)
     lamp = @model.definitions.add("Lamp")
     lamp.set_attribute(D, "light-type", kind)
