@@ -77,6 +77,21 @@ bool SkpImporter::Abandoned(std::uint32_t& steps) {
 
 bool SkpImporter::ExportModel() {
   const BusyCursor cursor;
+  try {
+    RunPhases();
+  } catch (...) {
+    try {
+      SendClosing();
+    } catch (const std::exception& error) {
+      LogLine("the end of the failed export was not sent: %s", error.what());
+    }
+    throw;
+  }
+  SendClosing();
+  return true;
+}
+
+void SkpImporter::RunPhases() {
   const Stopwatch whole;
   ResetDiagnostics();
 
@@ -96,10 +111,12 @@ bool SkpImporter::ExportModel() {
   WriteSummary(whole);
   DigestDump(reload);
   WriteValidationSummary(reload);
+}
 
+// Nothing goes on any more, for whoever looks at the renderer.
+void SkpImporter::SendClosing() {
   SendText("");
   link.SetProgress(0.0f);
-  return true;
 }
 
 void SkpImporter::ResetDiagnostics() {

@@ -75,6 +75,8 @@ class SkpImporter {
   std::atomic<bool> abandoned{false};
 
   bool ExportModel();
+  void RunPhases();
+  void SendClosing();
   void ResetDiagnostics();
   void CollectHiddenLayers();
   void SendLights();

@@ -85,14 +85,19 @@ class TroubleTest < LinkTest
       start("a")
       model = big_model
       RESULTS["export"] = export(model)
+      LINK.quit
+      # Nothing goes on for whoever looks at the renderer.
+      RESULTS["end"] = JSON.parse(File.read(File.join(ENV["FOLDER"], "a", "report.json"))).values_at("lastMessage", "lastProgress")
+      start("b")
       RESULTS["again"] = export(model)
       RESULTS["alive"] = LINK.is_alive
       RESULTS["smaller"] = export
       LINK.quit
-      RESULTS["report"] = report("a")
+      RESULTS["report"] = report("b")
       RESULTS["left"] = Dir.children("/dev/shm")
     RUBY
     2.times { |i| assert_match(/No space left/, results[%w[export again][i]]) }
+    assert_equal ["", 0.0], results["end"]
     assert_equal [true, "fine", [0, 9], []], [results["alive"], results["smaller"], results["report"].first(2), results["left"]]
   end
 
