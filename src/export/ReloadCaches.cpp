@@ -1,5 +1,7 @@
 #include "export/ReloadCaches.h"
 
+#include <utility>
+
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -48,34 +50,58 @@ void ReloadCaches::RecordGeometry(std::uint64_t ownerId) {
   geometryUsed.insert(ownerId);
 }
 
-void ReloadCaches::ForgetGeometry(const IdSet& ownerIds) {
-  for (const std::uint64_t ownerId : ownerIds) geometryCache.erase(ownerId);
+void ReloadCaches::BeginScan(bool unified) {
+  former.materials = std::exchange(materialDependents, {});
+  former.layers = std::exchange(layerDependents, {});
+  if (unified) {
+    former.children = std::exchange(childrenMap, {});
+    return;
+  }
+  // Then the walk finds the layers, and it does not enter what the renderer holds.
+  for (const auto& [layerId, ownerIds] : former.layers) {
+    for (const std::uint64_t ownerId : ownerIds) {
+      if (geometryCache.contains(ownerId)) layerDependents[layerId].insert(ownerId);
+    }
+  }
+}
+
+void ReloadCaches::ForgetGeometry(std::uint64_t ownerId) {
+  geometryCache.erase(ownerId);
+  geometryUsed.erase(ownerId);
+}
+
+void ReloadCaches::ForgetDependents(const Dependents& dependents, std::uint64_t id) {
+  const auto ownerIds = dependents.find(id);
+  if (ownerIds == dependents.end()) return;
+  for (const std::uint64_t ownerId : ownerIds->second) ForgetGeometry(ownerId);
 }
 
 void ReloadCaches::InvalidateMaterial(std::uint32_t materialId) {
-  std::erase_if(materialCache, [materialId](std::uint64_t key) {
+  const auto isVariant = [materialId](std::uint64_t key) {
     return static_cast<std::uint32_t>(key) == materialId;
-  });
-  const auto dependents = materialDependents.find(materialId);
-  if (dependents != materialDependents.end()) ForgetGeometry(dependents->second);
+  };
+  std::erase_if(materialCache, isVariant);
+  std::erase_if(materialsUsed, isVariant);
+  ForgetDependents(materialDependents, materialId);
+  ForgetDependents(former.materials, materialId);
 }
 
 void ReloadCaches::InvalidateLayerCache(std::uint64_t layerId) {
   LogLine("InvalidateLayerCache: pid=%llu", Printed(layerId));
-  const auto dependents = layerDependents.find(layerId);
-  if (dependents != layerDependents.end()) ForgetGeometry(dependents->second);
+  ForgetDependents(layerDependents, layerId);
+  ForgetDependents(former.layers, layerId);
 }
 
 void ReloadCaches::InvalidateDefinition(std::uint64_t definitionId) {
   LogLine("InvalidateDefinition: pid=%llu", Printed(definitionId));
-  const auto owners = childrenMap.find(definitionId);
-  if (owners == childrenMap.end()) return;
-  ForgetGeometry(owners->second);
-  childrenMap.erase(owners);
+  ForgetDependents(childrenMap, definitionId);
+  ForgetDependents(former.children, definitionId);
+  childrenMap.erase(definitionId);
 }
 
 void ReloadCaches::InvalidateGeometryCache(std::uint64_t ownerId) {
   const std::size_t erased = geometryCache.erase(ownerId);
+  geometryUsed.erase(ownerId);
   LogLine("InvalidateGeometryCache: pid=%llu erased=%zu (cached=%zu)", Printed(ownerId), erased,
           geometryCache.size());
 }

@@ -44,6 +44,12 @@ class ReloadCaches {
                             std::vector<std::uint64_t>& ownerIds);
   void RecordGeometry(std::uint64_t ownerId);
 
+  // Starts the tables of a new scan; `unified` says that it builds the children map too. What is
+  // reported until ForgetFormerScan may have been true of the model as the former scan saw it, so
+  // both scans' tables tell what it reaches.
+  void BeginScan(bool unified);
+  void ForgetFormerScan() { former = {}; }
+
   // A material or an image changed: every variant of it, and the owners that show it.
   void InvalidateMaterial(std::uint32_t materialId);
   // What lies on the layer changed its visibility.
@@ -58,13 +64,22 @@ class ReloadCaches {
   // The renderer holds nothing any more.
   void ClearReloadCache();
 
-  std::map<std::uint64_t, IdSet> childrenMap;         // definition (or image key) -> owners
-  std::map<std::uint32_t, IdSet> materialDependents;  // material id (or image key) -> owners
-  std::map<std::uint64_t, IdSet> layerDependents;     // layer -> owners, or path keys
-  bool childrenMapBuilt = false;                      // the last scan has built childrenMap
+  using Dependents = std::map<std::uint64_t, IdSet>;
+
+  Dependents childrenMap;         // definition (or image key) -> owners
+  Dependents materialDependents;  // material id (or image key) -> owners
+  Dependents layerDependents;     // layer -> owners, or path keys
+  bool childrenMapBuilt = false;  // the last scan has built childrenMap
 
  private:
-  void ForgetGeometry(const IdSet& ownerIds);
+  void ForgetGeometry(std::uint64_t ownerId);
+  void ForgetDependents(const Dependents& dependents, std::uint64_t id);
+
+  struct {
+    Dependents children;
+    Dependents materials;
+    Dependents layers;
+  } former;
 
   IdSet materialCache;
   IdSet materialsUsed;

@@ -300,15 +300,13 @@ void AddChildren(Element su_element, std::uint64_t ownerId) {
 bool CollectSceneInfo(SkpImporter& importer, std::vector<MaterialEntry>& entries) {
   ReloadCaches& caches = ReloadCaches::Instance();
   EnsureDefaultMaterials(importer);
-  caches.materialDependents.clear();
-  caches.layerDependents.clear();
+  caches.BeginScan(importer.unifiedScan);
   importer.scene.imageIndex.clear();
 
   Scan scan(importer);
   const SUEntitiesRef su_root = RootEntitiesOf(importer.model);
   const Stopwatch watch;
   if (importer.unifiedScan) {
-    caches.childrenMap.clear();
     importer.pendingLights.clear();
     InheritanceManager manager(importer.textureWriter);
     scan.UnifiedScan(su_root, manager, 0, true);

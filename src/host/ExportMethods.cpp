@@ -2,6 +2,7 @@
 
 #include "host/Methods.h"
 
+#include <array>
 #include <stdexcept>
 #include <string>
 
@@ -136,19 +137,25 @@ VALUE _UpdateInstanceTransform(VALUE, VALUE ownerId, VALUE transform) {
   const std::uint64_t id = quellix::UnsignedValue(ownerId);
   Check_Type(transform, T_ARRAY);
   if (RARRAY_LEN(transform) != kElements) return Qnil;
-  float matrix[kElements];
-  for (long i = 0; i < kElements; ++i) matrix[i] = quellix::FloatAt(transform, i);
-  return Guarded([id, &matrix] {
-    if (IpcInterface* link = Session::Instance().Link()) link->UpdateInstanceTransform(id, matrix);
+  std::array<float, kElements> matrix;
+  for (long i = 0; i < kElements; ++i) {
+    matrix[static_cast<std::size_t>(i)] = quellix::FloatAt(transform, i);
+  }
+  return Guarded([id, matrix] {
+    const auto send = [id, matrix](ReloadCaches&) {
+      if (IpcInterface* link = Session::Instance().Link()) {
+        link->UpdateInstanceTransform(id, matrix.data());
+      }
+    };
+    send(ReloadCaches::Instance());
+    // The export under way may have read the former place, and send it after this.
+    if (Session::Instance().Exporting()) Session::Instance().ChangeCaches(send);
     return Qnil;
   });
 }
 
 VALUE _UpdateCacheInfo(VALUE) {
-  return Guarded([] {
-    Session::Instance().UpdateCacheInfo();
-    return Qnil;
-  });
+  return OnCaches([](ReloadCaches& caches) { caches.UpdateCacheInfo(); });
 }
 
 VALUE ClearReloadCache(VALUE) {

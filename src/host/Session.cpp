@@ -1,7 +1,6 @@
 #include "host/Session.h"
 
 #include <stdexcept>
-#include <utility>
 
 #include "support/TimingLog.h"
 #include "support/WxRuntime.h"
@@ -41,29 +40,10 @@ void Session::Close() {
 
 void Session::SetExporting(bool running) {
   exporting = running;
-  if (exporting) {
-    cacheChanges.clear();
+  if (running) {
+    cacheChanges.BeginExport();
   } else {
-    ApplyCacheChanges();
-  }
-}
-
-void Session::ApplyCacheChanges() {
-  for (const CacheChange& change : cacheChanges) change(ReloadCaches::Instance());
-}
-
-void Session::UpdateCacheInfo() {
-  ChangeCaches([](ReloadCaches& caches) { caches.UpdateCacheInfo(); });
-  if (exporting) return;
-  ApplyCacheChanges();
-  cacheChanges.clear();
-}
-
-void Session::ChangeCaches(CacheChange change) {
-  if (exporting) {
-    cacheChanges.push_back(std::move(change));
-  } else {
-    change(ReloadCaches::Instance());
+    cacheChanges.EndExport();
   }
 }
 

@@ -2,12 +2,11 @@
 
 #include "host/RubyHeaders.h"
 
-#include <functional>
 #include <memory>
 #include <thread>
-#include <vector>
+#include <utility>
 
-#include "export/ReloadCaches.h"
+#include "export/CacheChanges.h"
 #include "host/RubyReceiver.h"
 #include "link/IpcInterface.h"
 
@@ -17,8 +16,6 @@ namespace quellix {
 // next camera goes out even to a renderer whose camera is not linked. Host thread only.
 class Session {
  public:
-  using CacheChange = std::function<void(ReloadCaches&)>;
-
   static Session& Instance();
 
   // The link, or null: before init_renderer, after quit, and once the renderer has quit.
@@ -35,12 +32,8 @@ class Session {
   bool Exporting() const { return exporting; }
   void SetExporting(bool running);
 
-  // Changes the reload caches: now, or, while an export's workers have them, when it has ended.
-  void ChangeCaches(CacheChange change);
-
-  // Makes the caches what the last export used. What was reported as changed while it ran still
-  // counts as changed.
-  void UpdateCacheInfo();
+  // Changes the reload caches: now, or, while an export runs, when it has ended.
+  void ChangeCaches(CacheChanges::Change change) { cacheChanges.Make(std::move(change)); }
 
   bool forceCameraSend = true;
 
@@ -50,7 +43,6 @@ class Session {
   void EnterMethod();
   void LeaveMethod();
 
-  void ApplyCacheChanges();
   void ForgetInterface();
   void Release();
   void ReleaseWhenEnded();
@@ -61,7 +53,7 @@ class Session {
   std::thread::id methodThread;  // while a method runs: whose
   bool exporting = false;
   bool closing = false;
-  std::vector<CacheChange> cacheChanges;  // reported during the export, or the last one
+  CacheChanges cacheChanges;
 };
 
 // Counts the methods that are running, one inside a callback of another; the outermost one's end is

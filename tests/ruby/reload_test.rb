@@ -20,9 +20,18 @@ class ReloadTest < LinkTest
     @model.close
   end
 
+  def start(...)
+    @exports = 0
+    super
+  end
+
+  # The block runs before the caches become what the export used.
   def export(reload)
+    @exports += 1
     link.prepare_renderer(reload)
     link.do_import(@model.handle, SAMPLE, reload, true)
+    link.init_children_map(@model.handle)
+    yield if block_given?
     link.update_cache_info
   end
 
@@ -140,6 +149,89 @@ class ReloadTest < LinkTest
     assert_same_scene scene(1), reloaded
   end
 
+  # The scenes after the next reload, and after an export of everything to the same renderer.
+  def reloaded_and_fresh
+    export(true)
+    link.clear_reload_cache
+    link.clear_model_data_for_reload
+    export(true)
+    # Answered when what was sent before is done, files and all.
+    link.do_rendering([1, 0, 0], [0, 0, 0], [0, 0, 1], 35, [0, 0, 0])
+    [scene(@exports - 1), scene(@exports)]
+  end
+
+  # Changes that are seen and reported at once. The scan of the export under way may have come before
+  # or come after, and what it sends as well.
+  CHANGES = {
+    "a material's colour" => ->(t) { t.material("Door paint").color = [200, 30, 30]; t.repaint(t.material("Door paint")) },
+    "a material removed" => lambda do |t|
+      id = t.id32(t.material("Glass"))
+      t.model.materials.remove(t.material("Glass"))
+      t.link.invalidate_material_cache(id)
+    end,
+    "a definition edited" => EDITS["a definition edited"].last,
+    "a group edited" => lambda do |t|
+      t.group("Porch").entities.add_face([0, 0, 300], [50, 0, 300], [50, 50, 300])
+      t.link.invalidate_definition(t.group("Porch").definition.persistent_id)
+    end,
+    "a face at the root" => lambda do |t|
+      t.model.entities.add_face([0, 0, 900], [50, 0, 900], [50, 50, 900])
+      t.link.invalidate_geometry_cache(0)
+    end,
+    "a layer hidden" => EDITS["a layer hidden"].last,
+    # On which lies what owners have inside.
+    "a layer of what is nested" => lambda do |t|
+      layer = t.model.layers["Openings"]
+      layer.visible = false
+      t.link.invalidate_layer(layer.persistent_id)
+    end,
+    "a layer removed" => lambda do |t|
+      id = t.model.layers["Draft"].persistent_id
+      t.model.layers.remove(t.model.layers["Draft"])
+      t.link.invalidate_layer(id)
+    end,
+    "an instance moved" => lambda do |t|
+      door = t.instance("front door")
+      door.transform!(t.moved([0, -40, 0]))
+      t.link.update_instance_transform(door.persistent_id, door.transformation.to_a)
+    end
+  }.freeze
+
+  # Early: with the export's first text, before it scans the model; late: with the text of the lights,
+  # when all meshes have been made; after: between the export and the promotion of the caches.
+  def test_what_is_reported_around_an_export_counts
+    { "early" => 1, "late" => 2, "after" => nil }.each do |moment, text|
+      @model.close
+      @model = ModelHost.load(SAMPLE)
+      pending = nil
+      nth = 0
+      answer = lambda do
+        nth += 1
+        pending.call(self) if pending && nth == text
+        pending = nil if nth == text
+        nil
+      end
+      start({ command: "SetMessage", repeat: "forever", request: 102 }, receiver: Receiver.new(on_reload: answer))
+      export(false)
+      CHANGES.each do |what, change|
+        pending, nth = change, 0
+        export(true) { change.call(self) unless text }
+        assert_nil pending, "#{moment}: the callback did not come" if text
+        reloaded, fresh = reloaded_and_fresh
+        assert_same_scene fresh, reloaded, "#{what}, #{moment}"
+      end
+      link.quit
+      assert_equal 0, report["faultCount"], report["faults"].inspect
+    end
+  end
+
+  # The scan of several walks, in a process of its own, which reads the switch anew.
+  def test_reloads_after_separate_walks
+    skip "this is that process" if ENV["QUELLIX_UNIFIED_SCAN"]
+    command = [RbConfig.ruby, "-W", "-E", "UTF-8", __FILE__, "-n", "/reported|row/"]
+    assert system({ "QUELLIX_UNIFIED_SCAN" => "0" }, *command, out: File::NULL)
+  end
+
   def test_the_caches_of_an_older_renderer_are_forgotten
     start
     export(false)
@@ -163,25 +255,53 @@ class ReloadTest < LinkTest
     assert_nil sent_by(2)["AppendCachedMaterials"]
   end
 
-  # The methods' lines in the timing log, which tell what they did.
-  def test_the_log_of_the_cache_methods
+  # The lines of the cache methods in the timing log of a process of its own, which tell what they did.
+  def logged(script, environment = {})
     log = File.join(@folder, "log")
-    script = <<~RUBY
-      require "modelhost"; require "Quellix"
-      link = Quellix_SUInterface.new
-      model = ModelHost::Model.new
+    script = %(require "modelhost"; require "Quellix"; link = Quellix_SUInterface.new; model = ModelHost::Model.new\n#{script})
+    command = [ENV.fetch("RUBY", RbConfig.ruby), *$LOAD_PATH.first(2).map { |path| "-I#{path}" }, "-e", script]
+    assert system({ "QUELLIX_PERF_LOG_FILE" => log, **environment }, *command)
+    lines = File.readlines(log, chomp: true).map { |line| line[/\[DLL\] (.*)/, 1].sub(/[\d.]+ ms/, "T") }
+    lines.grep(/Cache|ChildrenMap|Invalidate/)
+  end
+
+  def test_the_log_of_the_cache_methods
+    lines = logged(<<~RUBY)
       model.entities.add_group
       2.times { link.init_children_map(model.handle) }
       link.invalidate_layer(5); link.invalidate_definition(6); link.invalidate_geometry_cache(7)
       link.update_cache_info; link.clear_reload_cache; link.invalidate_material_cache(8)
     RUBY
-    env = { "QUELLIX_PERF_LOG_FILE" => log }
-    assert system(env, ENV.fetch("RUBY", RbConfig.ruby), *$LOAD_PATH.first(2).map { |path| "-I#{path}" }, "-e", script)
-    lines = File.readlines(log, chomp: true).map { |line| line[/\[DLL\] (.*)/, 1].sub(/[\d.]+ ms/, "T") }
     assert_equal ["InitChildrenMap: T (definitions=1)"] * 2 +
                  ["InvalidateLayerCache: pid=5", "InvalidateDefinition: pid=6",
                   "InvalidateGeometryCache: pid=7 erased=0 (cached=0)",
                   "UpdateCacheInfo: materials 0->0, instances 0->0", "ClearGeometryCache (cached=0)"], lines
+  end
+
+  # What a callback asks for while an export runs is done when the export has ended, once, in order.
+  def test_the_cache_methods_in_a_callback
+    steps = File.join(@folder, "callback.json")
+    File.write(steps, JSON.generate([{ command: "SetMessage", request: 102 }]))
+    lines = logged(<<~RUBY, "KVAPP_SCRIPT" => steps)
+      group = model.entities.add_group
+      group.entities.add_face([0, 0, 0], [9, 0, 0], [9, 9, 0])
+      receiver = Object.new
+      receiver.define_singleton_method(:on_reload) do
+        link.invalidate_geometry_cache(0)
+        link.init_children_map(model.handle)
+        link.update_cache_info
+        link.invalidate_definition(7)
+      end
+      link.init_renderer(receiver, #{KVAPP_DIR.inspect})
+      link.do_import(model.handle, "a.skp", false, false)
+      link.update_cache_info
+      link.quit
+    RUBY
+    assert_equal ["ClearGeometryCache (cached=0)",
+                  "InvalidateGeometryCache: pid=0 erased=1 (cached=1)",
+                  "InitChildrenMap: skipped (built by unified scan, definitions=1)",
+                  "UpdateCacheInfo: materials 2->2, instances 1->1", "InvalidateDefinition: pid=7",
+                  "UpdateCacheInfo: materials 2->0, instances 1->0"], lines
   end
 end
 
