@@ -19,6 +19,7 @@ struct MaterialEntry {
   std::uint32_t index = 0;
   // A distorted texture's pixels, fetched by the scan; empty otherwise.
   std::shared_ptr<RawTextureData> prefetched;
+  std::uint64_t picture = 0;  // tells those pixels from others; 0 without them
 };
 
 }  // namespace quellix

@@ -70,7 +70,7 @@ class MaterialExporter {
 
  private:
   bool HeldByRenderer(const MaterialEntry& entry, std::uint32_t id, float lightPower);
-  void Send(std::shared_ptr<MaterialSendJob> job);
+  void Send(std::shared_ptr<MaterialSendJob> job, std::uint64_t picture);
   void ReportProgress(std::size_t position);
 
   static inline const unsigned kWorkers = WorkerCount(std::thread::hardware_concurrency());
@@ -105,7 +105,7 @@ bool MaterialExporter::HeldByRenderer(const MaterialEntry& entry, std::uint32_t 
 void MaterialExporter::ExportImage(const MaterialEntry& entry, std::size_t position) {
   if (!HeldByRenderer(entry, entry.imageKey, 0.0f)) {
     auto job = budget.Take();
-    if (PrepareImageMaterial(entry, *job)) Send(std::move(job));
+    if (PrepareImageMaterial(entry, *job)) Send(std::move(job), entry.picture);
   }
   ReportProgress(position);
 }
@@ -119,14 +119,14 @@ void MaterialExporter::ExportMaterial(const MaterialEntry& entry, std::size_t po
   const bool pbr = importer.usePbr && IsPbrMaterial(entry.material);
   if (pbr ? PreparePbrMaterial(entry, materialId, *job)
           : PrepareClassicMaterial(entry, materialId, *job)) {
-    Send(std::move(job));
+    Send(std::move(job), entry.picture);
   }
   ReportProgress(position);
 }
 
 // The record counts as held by the renderer from here on, before its command is written.
-void MaterialExporter::Send(std::shared_ptr<MaterialSendJob> job) {
-  caches.RecordMaterial(job->key);
+void MaterialExporter::Send(std::shared_ptr<MaterialSendJob> job, std::uint64_t picture) {
+  caches.RecordMaterial(job->key, picture);
   keys.insert(job->key);
   if (!pool) {
     SendMaterialJob(importer.link, *job);

@@ -23,15 +23,16 @@ bool ReloadCaches::UseCachedMaterial(std::uint32_t index, std::uint32_t material
                                      std::int32_t textureId, float lightPower,
                                      std::vector<wire::CachedMaterialReference>& references) {
   const std::uint64_t key = MaterialKey(textureId, materialId);
-  if (!materialCache.contains(key)) return false;
+  const auto held = materialCache.find(key);
+  if (held == materialCache.end()) return false;
   references.push_back({index, lightPower, key});
-  materialsUsed.insert(key);
+  materialsUsed.insert(*held);
   return true;
 }
 
-void ReloadCaches::RecordMaterial(std::uint64_t key) {
-  materialCache.insert(key);
-  materialsUsed.insert(key);
+void ReloadCaches::RecordMaterial(std::uint64_t key, std::uint64_t picture) {
+  materialCache[key] = picture;
+  materialsUsed[key] = picture;
 }
 
 bool ReloadCaches::TryUseCachedGeometry(std::uint64_t ownerId, bool reload,
@@ -65,6 +66,32 @@ void ReloadCaches::BeginScan(bool unified) {
   }
 }
 
+void ReloadCaches::ForgetOtherPictures(std::span<const MaterialVariant> variants) {
+  const auto materialId = [](const MaterialVariant& variant) {
+    return static_cast<std::uint32_t>(variant.key);
+  };
+  std::set<std::pair<std::uint32_t, std::uint64_t>> lost;
+  const MaterialVariant* last = nullptr;
+  for (const MaterialVariant& variant : variants) {
+    // Of materials that share a key the first is the one that is sent under it.
+    const bool shared = last != nullptr && last->key == variant.key;
+    last = &variant;
+    const auto held = materialCache.find(variant.key);
+    if (shared || held == materialCache.end() || held->second == variant.picture) continue;
+    lost.emplace(materialId(variant), held->second);
+    ForgetMaterial(variant.key);
+  }
+  for (const MaterialVariant& variant : variants) {
+    if (!lost.contains({materialId(variant), variant.picture})) continue;
+    for (const std::uint64_t ownerId : *variant.owners) ForgetGeometry(ownerId);
+  }
+}
+
+void ReloadCaches::ForgetMaterial(std::uint64_t key) {
+  materialCache.erase(key);
+  materialsUsed.erase(key);
+}
+
 void ReloadCaches::ForgetGeometry(std::uint64_t ownerId) {
   geometryCache.erase(ownerId);
   geometryUsed.erase(ownerId);
@@ -77,8 +104,8 @@ void ReloadCaches::ForgetDependents(const Dependents& dependents, std::uint64_t 
 }
 
 void ReloadCaches::InvalidateMaterial(std::uint32_t materialId) {
-  const auto isVariant = [materialId](std::uint64_t key) {
-    return static_cast<std::uint32_t>(key) == materialId;
+  const auto isVariant = [materialId](const Pictures::value_type& entry) {
+    return static_cast<std::uint32_t>(entry.first) == materialId;
   };
   std::erase_if(materialCache, isVariant);
   std::erase_if(materialsUsed, isVariant);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <set>
+#include <span>
 #include <vector>
 
 #include "link/WireRecords.h"
@@ -20,6 +21,14 @@ inline constexpr std::uint32_t kDefaultBackMaterialId = 0xFFFFFFFE;
 
 using IdSet = std::set<std::uint64_t>;
 
+// A material as an export shows it under one of its keys.
+struct MaterialVariant {
+  std::uint64_t key = 0;
+  // Tells the pixels of a distorted texture from all others; 0 when the texture is shown as it is.
+  std::uint64_t picture = 0;
+  const IdSet* owners = nullptr;  // who shows it
+};
+
 // What the renderer holds, and what depends on what in the model: the tables that make a reload
 // send only what changed. They outlive every export; Ruby keeps them true by reporting changes.
 //
@@ -33,10 +42,10 @@ class ReloadCaches {
   static ReloadCaches& Instance();
 
   // True when the renderer holds the material: it is then referenced in `references` and counts as
-  // used; otherwise the caller sends it and calls RecordMaterial.
+  // used; otherwise the caller sends it and calls RecordMaterial, with its picture.
   bool UseCachedMaterial(std::uint32_t index, std::uint32_t materialId, std::int32_t textureId,
                          float lightPower, std::vector<wire::CachedMaterialReference>& references);
-  void RecordMaterial(std::uint64_t key);
+  void RecordMaterial(std::uint64_t key, std::uint64_t picture = 0);
 
   // True when the renderer holds the owner's meshes: it is then listed in `ownerIds` and counts as
   // used. A miss of a reload is logged.
@@ -49,6 +58,12 @@ class ReloadCaches {
   // both scans' tables tell what it reaches.
   void BeginScan(bool unified);
   void ForgetFormerScan() { former = {}; }
+
+  // Forgets the materials that come with another picture than the renderer holds under their keys,
+  // and whoever shows what it holds there: the renderer knows a mesh's materials by their keys, and
+  // the texture ids in them are given anew by each export. The variants come in the order of their
+  // keys; all that share a material id are among them.
+  void ForgetOtherPictures(std::span<const MaterialVariant> variants);
 
   // A material or an image changed: every variant of it, and the owners that show it.
   void InvalidateMaterial(std::uint32_t materialId);
@@ -72,6 +87,9 @@ class ReloadCaches {
   bool childrenMapBuilt = false;  // the last scan has built childrenMap
 
  private:
+  using Pictures = std::map<std::uint64_t, std::uint64_t>;  // material key -> picture
+
+  void ForgetMaterial(std::uint64_t key);
   void ForgetGeometry(std::uint64_t ownerId);
   void ForgetDependents(const Dependents& dependents, std::uint64_t id);
 
@@ -81,8 +99,8 @@ class ReloadCaches {
     Dependents layers;
   } former;
 
-  IdSet materialCache;
-  IdSet materialsUsed;
+  Pictures materialCache;
+  Pictures materialsUsed;
   IdSet geometryCache;
   IdSet geometryUsed;
 };

@@ -19,13 +19,15 @@
 #include "export/TextureLoading.h"
 #include "export/TextureReading.h"
 #include "export/Walks.h"
+#include "link/IpcDigest.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
 
 namespace {
 
-using MaterialSet = std::map<SUMaterialRef, std::set<std::int32_t>, CW::HandleLess>;
+// Material -> texture id -> the owners that show it so.
+using MaterialSet = std::map<SUMaterialRef, std::map<std::int32_t, IdSet>, CW::HandleLess>;
 using ImageSet = std::map<std::uint32_t, SUImageRef>;
 
 SUMaterialRef MaterialOf(SUDrawingElementRef su_element) {
@@ -89,8 +91,7 @@ class Scan {
 void Scan::RecordMaterial(SUMaterialRef su_material, std::int32_t textureId,
                           std::uint64_t ownerId) {
   if (SUIsInvalid(su_material)) return;
-  materials[su_material].insert(textureId);
-  caches.materialDependents[IdOf(su_material)].insert(ownerId);
+  materials[su_material][textureId].insert(ownerId);
 }
 
 void Scan::RecordImage(SUImageRef su_image, std::uint64_t ownerId) {
@@ -229,6 +230,17 @@ void Scan::CollectImages(SUEntitiesRef su_entities, std::uint64_t ownerId) {
   }
 }
 
+// Tells one picture from another; never 0.
+std::uint64_t FingerprintOf(const RawTextureData& block) {
+  Fnv1a hash;
+  hash.AddValue(block.width);
+  hash.AddValue(block.height);
+  hash.AddValue(block.bitsPerPixel);
+  hash.AddValue(block.useAlpha);
+  hash.Add(block.pixels.data(), block.pixels.size());
+  return std::max<std::uint64_t>(hash.Value(), 1);
+}
+
 // The pixels of a texture that is distorted on its face, or nothing.
 std::shared_ptr<RawTextureData> FetchDistorted(SUTextureWriterRef su_writer,
                                                SUMaterialRef su_material, std::int32_t textureId) {
@@ -243,12 +255,12 @@ std::shared_ptr<RawTextureData> FetchDistorted(SUTextureWriterRef su_writer,
   return ReadTextureViaWriter(su_writer, textureId, su_texture, *block) ? block : nullptr;
 }
 
-// Numbers materials by their ids and texture ids, then images by their keys, and lists them.
-void PreExportMaterials(SkpImporter& importer, const Scan& scan,
-                        std::vector<MaterialEntry>& entries) {
+// Numbers materials by their ids and texture ids, then images by their keys, and lists them. What
+// the renderer holds of another picture is forgotten.
+void PreExportMaterials(SkpImporter& importer, Scan& scan, std::vector<MaterialEntry>& entries) {
   std::vector<std::tuple<std::uint32_t, std::int32_t, SUMaterialRef>> records;
-  for (const auto& [su_material, textureIds] : scan.materials) {
-    for (const std::int32_t textureId : textureIds) {
+  for (const auto& [su_material, owners] : scan.materials) {
+    for (const auto& [textureId, ignored] : owners) {
       records.emplace_back(IdOf(su_material), textureId, su_material);
     }
   }
@@ -256,6 +268,7 @@ void PreExportMaterials(SkpImporter& importer, const Scan& scan,
     return std::tie(std::get<0>(a), std::get<1>(a)) < std::tie(std::get<0>(b), std::get<1>(b));
   });
 
+  std::vector<MaterialVariant> variants;
   std::uint32_t index = kFirstMaterialIndex;
   int distorted = 0;
   for (const auto& [materialId, textureId, su_material] : records) {
@@ -265,8 +278,19 @@ void PreExportMaterials(SkpImporter& importer, const Scan& scan,
     entry.textureId = textureId;
     entry.index = index++;
     entry.prefetched = FetchDistorted(importer.textureWriter, su_material, textureId);
-    if (entry.prefetched) ++distorted;
+    if (entry.prefetched) {
+      ++distorted;
+      entry.picture = FingerprintOf(*entry.prefetched);
+    }
+    variants.push_back({MaterialKey(textureId, materialId), entry.picture,
+                        &scan.materials[su_material][textureId]});
     entries.push_back(std::move(entry));
+  }
+  ReloadCaches& caches = ReloadCaches::Instance();
+  caches.ForgetOtherPictures(variants);
+  for (auto& [su_material, byTexture] : scan.materials) {
+    IdSet& dependents = caches.materialDependents[IdOf(su_material)];
+    for (auto& [textureId, owners] : byTexture) dependents.merge(owners);
   }
   if (distorted > 0) {
     LogLine("PreExportMaterials: non-affine (distorted) textures=%d", distorted);
