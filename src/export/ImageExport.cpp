@@ -49,11 +49,11 @@ void ExportImages(SUEntitiesRef su_entities, bool atRoot, const SceneIndex& scen
                   InheritanceManager& manager, MeshBuffer& mesh) {
   for (const SUImageRef su_image : ImagesOf(su_entities)) {
     if (IsHidden(SUImageToDrawingElement(su_image))) continue;
-    // The outermost element is the image itself where the collection is the model's own.
+    // The outermost element is the image itself where the collection is the model's own, whose mesh
+    // depends on the layer too.
     const PushedLevel level(manager, su_image);
-    const std::uint64_t owner =
-        atRoot ? CW::persistent_id(SUImageToEntity(su_image)) : OwnerOf(manager);
-    if (!RecordLayerAndTest(scene.hiddenLayers, manager, owner)) continue;
+    if (atRoot) RecordLayerAndTest(scene.hiddenLayers, manager, 0);
+    if (!RecordLayerAndTest(scene.hiddenLayers, manager, OwnerOf(manager))) continue;
     ExportImageQuad(su_image, scene, manager.CurrentTransform(), mesh);
   }
 }

@@ -82,6 +82,10 @@ class Scan {
   void RecordLayer(std::uint64_t layerId, std::uint64_t ownerId);
   void RecordMaterial(SUMaterialRef su_material, std::int32_t textureId, std::uint64_t ownerId);
   void RecordImage(SUImageRef su_image, std::uint64_t ownerId);
+  // At the root (0) an image is an owner itself, while its quad is in the root's mesh.
+  static IdSet OwnersOf(SUImageRef su_image, std::uint64_t ownerId) {
+    return ownerId != 0 ? IdSet{ownerId} : IdSet{0, IdOf(su_image)};
+  }
 
   SkpImporter& importer;
   ReloadCaches& caches = ReloadCaches::Instance();
@@ -98,8 +102,10 @@ void Scan::RecordImage(SUImageRef su_image, std::uint64_t ownerId) {
   const std::uint32_t key = ImageKey(su_image);
   if (key == 0) return;
   images.emplace(key, su_image);
-  caches.materialDependents[key].insert(ownerId);
-  caches.childrenMap[key].insert(ownerId);
+  for (const std::uint64_t owner : OwnersOf(su_image, ownerId)) {
+    caches.materialDependents[key].insert(owner);
+    caches.childrenMap[key].insert(owner);
+  }
 }
 
 template <class Element>
@@ -194,10 +200,11 @@ void Scan::UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager,
     ScanElement(su_group, manager, ownerId, active);
   }
   for (const SUImageRef su_image : ImagesOf(su_entities)) {
-    const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_image);
-    RecordImage(su_image, owner);
+    RecordImage(su_image, ownerId);
     const SULayerRef su_layer = LayerOf(SUImageToDrawingElement(su_image));
-    if (SUIsValid(su_layer)) RecordLayer(CW::persistent_id(SULayerToEntity(su_layer)), owner);
+    if (SUIsInvalid(su_layer)) continue;
+    const std::uint64_t layerId = CW::persistent_id(SULayerToEntity(su_layer));
+    for (const std::uint64_t owner : OwnersOf(su_image, ownerId)) RecordLayer(layerId, owner);
   }
   ScanFaces(su_entities, &manager, ownerId);
 }
@@ -225,9 +232,7 @@ void Scan::CollectImages(SUEntitiesRef su_entities, std::uint64_t ownerId) {
   };
   for (const SUComponentInstanceRef su_instance : InstancesOf(su_entities)) collect(su_instance);
   for (const SUGroupRef su_group : GroupsOf(su_entities)) collect(su_group);
-  for (const SUImageRef su_image : ImagesOf(su_entities)) {
-    RecordImage(su_image, ownerId != 0 ? ownerId : IdOf(su_image));
-  }
+  for (const SUImageRef su_image : ImagesOf(su_entities)) RecordImage(su_image, ownerId);
 }
 
 // Tells one picture from another; never 0.

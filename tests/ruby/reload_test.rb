@@ -225,6 +225,34 @@ class ReloadTest < LinkTest
     end
   end
 
+  # What lies loose at the root is one mesh, which its images' layers and pictures reach too.
+  def test_changes_of_what_lies_loose_at_the_root
+    layers = %w[Image Face].map { |name| @model.layers.add(name) }
+    image = @model.entities.add_image(PICTURE, [0, 0, 900], 48)
+    face = @model.entities.add_face([0, 0, 950], [50, 0, 950], [50, 50, 950])
+    face.material = @model.materials.add("Loose")
+    [image, face].zip(layers) { |entity, layer| entity.layer = layer }
+    start
+    export(false)
+    layers.each do |layer|
+      2.times do
+        # The second time what depends on the layer is known from an export that sent nothing of it.
+        export(true)
+        layer.visible = !layer.visible?
+        link.invalidate_layer(layer.persistent_id)
+        export(true)
+      end
+    end
+    [image.definition, face.material].each { |shown| repaint(shown); export(true) }
+    link.quit
+    assert_equal 0, report["faultCount"], report["faults"].inspect
+    vertices = (1..report["exports"].size).map { |n| report["exports"][n - 1]["verticesSent"] }
+    roots = vertices.map { |count| count - vertices[1] }
+    assert_equal [0] * 5, roots.values_at(1, 3, 5, 7, 1), roots.inspect
+    all = roots[4]
+    assert_equal [all - 4, all, all - 3, all, all, all], roots.values_at(2, 4, 6, 8, 9, 10), roots.inspect
+  end
+
   def distorted(entities, material, z, shift)
     square = [[0, 0, z], [10, 0, z], [10, 10, z], [0, 10, z]]
     face = entities.add_face(square)
@@ -277,7 +305,7 @@ class ReloadTest < LinkTest
   # The scan of several walks, in a process of its own, which reads the switch anew.
   def test_reloads_after_separate_walks
     skip "this is that process" if ENV["QUELLIX_UNIFIED_SCAN"]
-    command = [RbConfig.ruby, "-W", "-E", "UTF-8", __FILE__, "-n", "/reported|distorted|row/"]
+    command = [RbConfig.ruby, "-W", "-E", "UTF-8", __FILE__, "-n", "/reported|loose|distorted|row/"]
     assert system({ "QUELLIX_UNIFIED_SCAN" => "0" }, *command, out: File::NULL)
   end
 
