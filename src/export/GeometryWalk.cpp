@@ -191,7 +191,10 @@ void GeometryWalk::DescendToFacing(IterateParams& params) {
                 [this](IterateParams& child) { DescendToFacing(child); });
 }
 
+// What a callback has added since the scan is sent again by the next export: the scan's materials
+// may lack its own, and no table tells which changes reach it.
 void GeometryWalk::Record(std::uint64_t cacheKey) {
+  if (cacheKey != 0 && !importer.scene.owners.contains(cacheKey)) return;
   ReloadCaches::Instance().RecordGeometry(cacheKey);
 }
 

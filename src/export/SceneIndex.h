@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <map>
 
+#include <boost/unordered/unordered_flat_set.hpp>
+
 #include "export/FaceSelection.h"
 
 namespace quellix {
@@ -16,6 +18,7 @@ struct SceneIndex {
   HiddenLayerSet hiddenLayers;                        // hidden themselves or by a folder above
   MaterialIndexMap materialIndex;                     // material -> texture id -> renderer index
   std::map<std::uint32_t, std::uint32_t> imageIndex;  // image key -> renderer index
+  boost::unordered_flat_set<std::uint64_t> owners;    // the instances and groups at the root
 };
 
 }  // namespace quellix

@@ -74,6 +74,8 @@ class Scan {
 
  private:
   template <class Element>
+  std::uint64_t OwnerOf(Element su_element, std::uint64_t ownerId);
+  template <class Element>
   void ScanElement(Element su_element, InheritanceManager& manager, std::uint64_t ownerId,
                    bool active);
   void ScanFaces(SUEntitiesRef su_entities, const InheritanceManager* manager,
@@ -109,11 +111,19 @@ void Scan::RecordImage(SUImageRef su_image, std::uint64_t ownerId) {
 }
 
 template <class Element>
+std::uint64_t Scan::OwnerOf(Element su_element, std::uint64_t ownerId) {
+  if (ownerId != 0) return ownerId;
+  const std::uint64_t id = IdOf(su_element);
+  importer.scene.owners.insert(id);
+  return id;
+}
+
+template <class Element>
 void Scan::ScanElement(Element su_element, InheritanceManager& manager, std::uint64_t ownerId,
                        bool active) {
   if (importer.Abandoned()) return;
   const SUDrawingElementRef su_drawing = AsDrawingElement(su_element);
-  const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
+  const std::uint64_t owner = OwnerOf(su_element, ownerId);
   const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);
   const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
   RecordMaterial(MaterialOf(su_drawing), textureId, owner);
@@ -211,7 +221,7 @@ void Scan::UnifiedScan(SUEntitiesRef su_entities, InheritanceManager& manager,
 
 void Scan::CollectMaterials(SUEntitiesRef su_entities, std::uint64_t ownerId) {
   const auto collect = [&](auto su_element) {
-    const std::uint64_t owner = ownerId != 0 ? ownerId : IdOf(su_element);
+    const std::uint64_t owner = OwnerOf(su_element, ownerId);
     const std::int32_t textureId = LoadEntityTexture(importer.textureWriter, AsEntity(su_element));
     RecordMaterial(MaterialOf(AsDrawingElement(su_element)), textureId, owner);
     const SUComponentDefinitionRef su_definition = DefinitionOf(su_element);

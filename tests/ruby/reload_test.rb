@@ -302,11 +302,35 @@ class ReloadTest < LinkTest
     reloads.each { |number| refute_includes sent_by(number), "AppendMaterial", "nothing changed" }
   end
 
-  # The scan of several walks, in a process of its own, which reads the switch anew.
+  # Whether the tests of that name pass in a process of their own, which reads its switches anew.
+  def passes_with?(switches, pattern)
+    system(switches, RbConfig.ruby, "-W", "-E", "UTF-8", __FILE__, "-n", pattern, out: File::NULL)
+  end
+
   def test_reloads_after_separate_walks
     skip "this is that process" if ENV["QUELLIX_UNIFIED_SCAN"]
-    command = [RbConfig.ruby, "-W", "-E", "UTF-8", __FILE__, "-n", "/reported|loose|distorted|row/"]
-    assert system({ "QUELLIX_UNIFIED_SCAN" => "0" }, *command, out: File::NULL)
+    assert passes_with?({ "QUELLIX_UNIFIED_SCAN" => "0" }, "/reported|loose|distorted|row/")
+  end
+
+  # The walk waits for its first mesh while the callback adds a group, which it finds and the scan has
+  # not seen: its material is not known there.
+  def test_what_is_added_behind_the_scan_is_sent_again
+    waiting = { "QUELLIX_IPC_PIPELINE" => "0", "QUELLIX_GEO_PIPELINE" => "0", "QUELLIX_GEO_PARALLEL" => "0" }
+    return assert passes_with?(waiting, __method__.to_s) unless ENV["QUELLIX_IPC_PIPELINE"]
+    @model.close
+    @model = ModelHost::Model.new
+    part = @model.definitions.add("Part")
+    part.entities.add_face([0, 0, 0], [10, 0, 0], [10, 10, 0])
+    @model.entities.add_instance(part)
+    add = lambda do
+      @model.entities.add_group.entities.add_face([0, 0, 5], [10, 0, 5], [10, 10, 5]).material = @model.materials.add("Fresh")
+    end
+    start({ command: "AppendMesh", request: 102 }, receiver: Receiver.new(on_reload: add))
+    export(false)
+    assert_equal 1, @model.entities.groups.size, "the callback came in time"
+    reloaded, fresh = reloaded_and_fresh
+    assert_same_scene fresh, reloaded
+    assert_equal 2, scene(1)["placements"].size, "the walk found it"
   end
 
   def test_the_caches_of_an_older_renderer_are_forgotten
