@@ -50,6 +50,9 @@ void GeometryWalk::Export() {
   importer.geometry.BeginSecondPass();
   SecondPass();
   importer.geometry.Finish(importer.cachedGeometryPids);
+  for (const std::uint64_t cacheKey : importer.geometry.LeftOut()) {
+    ReloadCaches::Instance().ForgetGeometry(cacheKey);
+  }
 }
 
 void GeometryWalk::FirstPass() {

@@ -52,6 +52,8 @@ class ReloadCaches {
   bool TryUseCachedGeometry(std::uint64_t ownerId, bool reload,
                             std::vector<std::uint64_t>& ownerIds);
   void RecordGeometry(std::uint64_t ownerId);
+  // The renderer does not hold the owner's meshes after all, or they have changed.
+  void ForgetGeometry(std::uint64_t ownerId);
 
   // Starts the tables of a new scan; `unified` says that it builds the children map too. What is
   // reported until ForgetFormerScan may have been true of the model as the former scan saw it, so
@@ -90,7 +92,6 @@ class ReloadCaches {
   using Pictures = std::map<std::uint64_t, std::uint64_t>;  // material key -> picture
 
   void ForgetMaterial(std::uint64_t key);
-  void ForgetGeometry(std::uint64_t ownerId);
   void ForgetDependents(const Dependents& dependents, std::uint64_t id);
 
   struct {

@@ -42,6 +42,8 @@ class GeometryExport {
   // Returns when everything was sent, then sends the owners that the walks found cached as one
   // batch and empties the list. Throws the first error of any thread.
   void Finish(std::vector<std::uint64_t>& cachedOwners);
+  // The cache keys whose placements the link left out. After Finish.
+  const std::vector<std::uint64_t>& LeftOut() const { return sender.leftOut; }
   // Joins all threads; what is not sent yet is dropped.
   void End();
 

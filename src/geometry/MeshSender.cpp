@@ -7,16 +7,26 @@ namespace quellix {
 void MeshSender::SendMesh(const MeshBuffer& mesh, const MeshPlacement& placement,
                           std::uint8_t pass) {
   if (mesh.vertices.empty() || mesh.triangles.empty()) return;
-  link.AppendMesh(placement.meshId, glm::value_ptr(placement.transform),
-                  static_cast<std::uint32_t>(mesh.vertices.size()),
-                  glm::value_ptr(mesh.vertices.front().position),
-                  static_cast<std::uint32_t>(mesh.triangles.size() / kTriangleWords),
-                  mesh.triangles.data(), pass, placement.manifold, placement.cacheKey);
+  if (link.AppendMesh(placement.meshId, glm::value_ptr(placement.transform),
+                      static_cast<std::uint32_t>(mesh.vertices.size()),
+                      glm::value_ptr(mesh.vertices.front().position),
+                      static_cast<std::uint32_t>(mesh.triangles.size() / kTriangleWords),
+                      mesh.triangles.data(), pass, placement.manifold, placement.cacheKey)) {
+    // Definitions may share an id.
+    missingMeshes.erase(placement.meshId);
+  } else {
+    missingMeshes.insert(placement.meshId);
+    leftOut.push_back(placement.cacheKey);
+  }
   ReportProgress();
 }
 
 void MeshSender::SendPlacement(const MeshPlacement& placement) {
-  link.InstanciateMesh(placement.meshId, glm::value_ptr(placement.transform), placement.cacheKey);
+  if (missingMeshes.contains(placement.meshId) ||
+      !link.InstanciateMesh(placement.meshId, glm::value_ptr(placement.transform),
+                            placement.cacheKey)) {
+    leftOut.push_back(placement.cacheKey);
+  }
   ReportProgress();
 }
 

@@ -104,7 +104,7 @@ double IpcInterface::Send(const CommandMessage& message, const SendTraits& trait
   } else if (!EnsureSegment(message.Size())) {
     LogLine("%s: left out, its %llu bytes have no room", wire::CommandName(message.Id()),
             static_cast<unsigned long long>(message.Size()));
-    return 0.0;
+    return kLeftOut;
   }
   message.WriteTo(toAppBase);
   if (traits.digest != nullptr) traits.digest(traits.digestContext);

@@ -91,12 +91,14 @@ class IpcInterface {
   void AppendOmniLight(const float color[3], const float position[4]);
   void AppendSpotLight(const float color[3], const float position[4], const float direction[3],
                        float beamAngle, float wideBeamAngle);
-  // `vertices` holds ten floats a vertex, `triangles` five words a triangle, as on the wire.
-  void AppendMesh(std::uint64_t meshId, const float transform[16], std::uint32_t vertexCount,
+  // `vertices` holds ten floats a vertex, `triangles` five words a triangle, as on the wire. These
+  // two are false when the command was left out although the renderer lives, which then does not
+  // hold what is recorded as sent.
+  bool AppendMesh(std::uint64_t meshId, const float transform[16], std::uint32_t vertexCount,
                   const float* vertices, std::uint32_t triangleCount,
                   const std::uint32_t* triangles, std::uint8_t pass, bool manifold,
                   std::uint64_t cacheKey);
-  void InstanciateMesh(std::uint64_t meshId, const float transform[16], std::uint64_t cacheKey);
+  bool InstanciateMesh(std::uint64_t meshId, const float transform[16], std::uint64_t cacheKey);
   void InstanciateMeshBatch(const std::vector<std::uint64_t>& ownerIds);
   void AppendCachedMaterials(const std::vector<wire::CachedMaterialReference>& references);
   void UpdateInstanceTransform(std::uint64_t ownerId, const float transform[16]);
@@ -144,8 +146,10 @@ class IpcInterface {
     bool isProgress;
   };
 
+  static constexpr double kLeftOut = -1.0;
+
   // The one way of every command. Returns the milliseconds that Commit took, 0 without the
-  // timing log.
+  // timing log, or kLeftOut.
   double Send(const CommandMessage& message, const SendTraits& traits);
   void SendPlain(wire::CommandId id, bool wait);
   void SendText(wire::CommandId id, const std::string& text);

@@ -141,11 +141,11 @@ void IpcInterface::AppendSpotLight(const float color[3], const float position[4]
   Send(CommandMessage(record), {false, true, false, SceneDigest::OfSpotLight, &record});
 }
 
-void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
+bool IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
                               std::uint32_t vertexCount, const float* vertices,
                               std::uint32_t triangleCount, const std::uint32_t* triangles,
                               std::uint8_t pass, bool manifold, std::uint64_t cacheKey) {
-  if (!HasPlace("AppendMesh", meshId, transform, 16)) return;
+  if (!HasPlace("AppendMesh", meshId, transform, 16)) return false;
   const SceneDigest::Block vertexBlock{vertices,
                                        sizeof(wire::MeshVertex) * std::uint64_t{vertexCount}};
   const SceneDigest::Block triangleBlock{
@@ -154,7 +154,7 @@ void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
   if (bytes >= kMeshBytesLimit) {
     LogLine("AppendMesh: mesh %llu left out, its %llu bytes do not fit one command",
             static_cast<unsigned long long>(meshId), static_cast<unsigned long long>(bytes));
-    return;
+    return false;
   }
   wire::AppendMesh record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::AppendMesh);
@@ -169,18 +169,19 @@ void IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
   message.Blob(record.vertexOffset, vertexBlock.size, vertices)
       .Blob(record.triangleOffset, triangleBlock.size, triangles);
   const SceneDigest::Mesh digest{record, vertexBlock, triangleBlock};
-  Send(message, {true, true, true, SceneDigest::OfMesh, &digest});
+  return Send(message, {true, true, true, SceneDigest::OfMesh, &digest}) != kLeftOut;
 }
 
-void IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[16],
+bool IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[16],
                                    std::uint64_t cacheKey) {
-  if (!HasPlace("InstanciateMesh", cacheKey, transform, 16)) return;
+  if (!HasPlace("InstanciateMesh", cacheKey, transform, 16)) return false;
   wire::InstanciateMesh record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::InstanciateMesh);
   record.meshId = meshId;
   std::copy_n(transform, 16, record.transform);
   record.cacheKey = cacheKey;
-  Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record});
+  return Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record}) !=
+         kLeftOut;
 }
 
 void IpcInterface::InstanciateMeshBatch(const std::vector<std::uint64_t>& ownerIds) {
