@@ -52,9 +52,9 @@ bench: build
 	@"$(build_dir)/bench/bench_report" "$(CURDIR)/out/bench.json" $(SIZE)
 
 soak: build
-	@for name in kill trouble hostile left_out reload hosts; do \
+	@for name in kill trouble hostile left_out reload random_reload hosts; do \
 	  EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
-	    KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 \
+	    KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 ROUNDS=1000 \
 	    HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 FACE_POINTS=100000 \
 	    "$(ruby)" -W -E UTF-8 tests/soak/$${name}_test.rb || exit 1; \
 	done

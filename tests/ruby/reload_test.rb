@@ -225,6 +225,25 @@ class ReloadTest < LinkTest
     end
   end
 
+  # The walk has read all places by the time that the first mesh is on its way; the others follow.
+  def test_a_move_that_the_export_overtakes
+    @model.close
+    @model = ModelHost::Model.new
+    parts = Array.new(3) { |i| @model.definitions.add("Part #{i}").tap { |part| part.entities.add_face([0, 0, 0], [10, 0, 0], [10, 10, 0]) } }
+    placed = parts.map { |part| @model.entities.add_instance(part) }
+    move = lambda do
+      placed.each_with_index do |instance, i|
+        instance.transformation = moved([7, i, 0])
+        link.update_instance_transform(instance.persistent_id, instance.transformation.to_a)
+      end
+      nil
+    end
+    start({ command: "AppendMesh", request: 102 }, receiver: Receiver.new(on_reload: move))
+    export(false)
+    reloaded, fresh = reloaded_and_fresh
+    assert_same_scene fresh, reloaded
+  end
+
   # What lies loose at the root is one mesh, which its images' layers and pictures reach too.
   def test_changes_of_what_lies_loose_at_the_root
     layers = %w[Image Face].map { |name| @model.layers.add(name) }

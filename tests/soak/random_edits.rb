@@ -39,13 +39,13 @@ class RandomEdits
   # Each with how often it comes; what shares a table entry with another is told apart by chance.
   KINDS = {
     move_top: 4, move_nested: 2, paint_top: 1, paint_nested: 2, hide_top: 2, hide_nested: 2, layer_top: 2,
-    layer_nested: 2, add_top: 2, add_nested: 2, erase_top: 2, erase_nested: 2, add_group: 2, make_unique: 1,
-    paint_face: 4, distort_face: 4, add_face: 3, erase_face: 2, turn_face: 1, hide_face: 1, layer_face: 2, hole: 1, smooth: 1,
-    color: 2, opacity: 1, texture: 3, factors: 2, attributes: 2, shift: 1, name_material: 1, remove_material: 1,
+    layer_nested: 2, add_top: 2, add_nested: 2, erase_top: 2, erase_nested: 1, add_group: 2, make_unique: 1,
+    paint_face: 4, distort_face: 4, add_face: 3, erase_face: 1.5, turn_face: 1, hide_face: 1, layer_face: 2, hole: 1, smooth: 1,
+    color: 2, opacity: 1, texture: 3, factors: 2, attributes: 2, shift: 1, name_material: 1, remove_material: 2,
     fresh_material: 2, default_color: 1, use_pbr: 0.3, clear: 0.3,
-    add_image: 2, erase_image: 1, move_image: 1, hide_image: 1, layer_image: 2,
-    layer: 3, folder: 2, move_layer: 1, remove_layer: 1,
-    light: 2, add_light: 2, erase_light: 1, to_light: 1, to_facing: 1, names: 1
+    add_image: 2, erase_image: 0.7, move_image: 1, hide_image: 1, layer_image: 2,
+    layer: 3, folder: 2, move_layer: 1, remove_layer: 2,
+    light: 2, add_light: 2, erase_light: 0.7, to_light: 1, to_facing: 1, names: 1
   }.freeze
   ALL = KINDS.flat_map { |kind, often| [kind] * (often * 10).to_i }.freeze
   # Flags and colours.
@@ -100,6 +100,9 @@ class RandomEdits
   end
 
   def material = any(@model.materials)
+  # Seldom, so that the scene does not go dark.
+  def hide? = draw(5).zero?
+
   def paint = draw(4).zero? ? nil : material
   def some_layer = any(@model.layers)
   def pixels(side = 4)
@@ -143,7 +146,7 @@ class RandomEdits
 
   def move_nested = change(nested_elements) { |element, _| element.transformation = place }
   def paint_nested = change(nested_elements) { |element, _| element.material = paint }
-  def hide_nested = change(nested_elements) { |element, _| element.hidden = !element.hidden? }
+  def hide_nested = change(nested_elements) { |element, _| element.hidden = hide? }
   def layer_nested = change(nested_elements) { |element, _| element.layer = some_layer }
   def erase_nested = change(nested_elements) { |element, _| element.erase! }
 
@@ -155,10 +158,10 @@ class RandomEdits
     @calls.invalidate_definition(id(element.definition))
   end
 
-  def hide_top = any(top)&.then { |element| element.hidden = !element.hidden? }
+  def hide_top = any(top)&.then { |element| element.hidden = hide? }
   def layer_top = any(top)&.then { |element| element.layer = some_layer }
-  def erase_top = (any(top)&.erase! if top.size > 8)
-  def add_top = (@model.entities.add_instance(any(@parts), place) if top.size < 24)
+  def erase_top = (any(top)&.erase! if top.size > 12)
+  def add_top = (@model.entities.add_instance(any(@parts), place) if top.size < 28)
 
   # Later parts in earlier ones, so that none comes to lie in itself.
   def add_nested
@@ -280,22 +283,22 @@ class RandomEdits
   def clear = @calls.clear_reload_cache
 
   def add_image
-    holder = any(containers)
-    return if entities_of(holder).images.count > 1
+    holder = draw(3).zero? ? nil : any(containers)
+    return if entities_of(holder).images.count > 2
     entities_of(holder).add_image(any(PICTURES), Array.new(3) { draw(100) }, 10).layer = some_layer
     touch(holder)
   end
 
   def erase_image = change(everywhere(:images)) { |image, _| image.erase! }
   def move_image = change(everywhere(:images)) { |image, _| image.transformation = place }
-  def hide_image = change(everywhere(:images)) { |image, _| image.hidden = !image.hidden? }
+  def hide_image = change(everywhere(:images)) { |image, _| image.hidden = hide? }
   def layer_image = change(everywhere(:images)) { |image, _| image.layer = some_layer }
 
-  def layer = some_layer.then { |changed| changed.visible = !changed.visible?; @calls.invalidate_layer(changed.persistent_id) }
+  def layer = some_layer.then { |changed| changed.visible = !hide?; @calls.invalidate_layer(changed.persistent_id) }
 
   def folder
     changed = any(@folders)
-    changed.visible = !changed.visible?
+    changed.visible = !hide?
     below = changed == @folders[0] ? @folders : [changed]
     @model.layers.each { |l| @calls.invalidate_layer(l.persistent_id) if below.include?(l.folder) }
   end
@@ -325,14 +328,15 @@ class RandomEdits
     touch(holder) if holder
   end
 
+  # One at a time, and back.
   def to_light
-    part = any(@parts)
+    part = @parts.find { |lit| lamp?(lit) } || any(@parts)
     part.set_attribute(D, "light-type", lamp?(part) ? "" : "point")
     @calls.invalidate_definition(id(part))
   end
 
   def to_facing
-    part = any(@parts)
+    part = @parts.first(DEFINITIONS - 1).find { |turned| turned.behavior.always_face_camera? } || any(@parts)
     part.behavior.always_face_camera = !part.behavior.always_face_camera?
     @calls.invalidate_definition(id(part))
   end
