@@ -9,6 +9,8 @@ SAMPLE = File.expand_path("../../examples/house.json", __dir__)
 PICTURE = Dir.glob("/usr/share/assimp/models/**/*.png").min
 
 class ReloadTest < LinkTest
+  WATCHDOG_SECONDS = 240
+
   def setup
     super
     ENV["KVAPP_SCENE_JSON"] = "1"
