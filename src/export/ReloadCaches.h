@@ -34,8 +34,9 @@ struct MaterialVariant {
 //
 // No lock: outside an export the host thread has them. During one, each table has one writer at a
 // time: the materials' two belong to the scan and then to the material worker, the geometry's two
-// to the geometry worker, the dependency maps to the scan, `layerDependents` then to the geometry
-// worker and after it to the light walk.
+// to the scan and then to the geometry worker, the dependency maps to the scan, `layerDependents`
+// then to the geometry worker and after it to the light walk. What Ruby reports meanwhile waits in
+// CacheChanges.
 class ReloadCaches {
  public:
   // The one set of tables of the process.
