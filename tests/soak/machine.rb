@@ -7,13 +7,14 @@ module Machine
 
   def threads = Dir.children("/proc/self/task").size
 
-  # What the open descriptors stand for; numbers of pipes and sockets are left out.
+  # What the open descriptors stand for; numbers of pipes and sockets are left out, and so are the
+  # processes that the link has closed and keeps until they have ended.
   def descriptors
     Dir.children("/proc/self/fd").filter_map do |number|
       File.readlink("/proc/self/fd/#{number}").sub(/\[\d+\]/, "[]")
     rescue Errno::ENOENT
       nil
-    end.sort
+    end.grep_v(/pidfd/).sort
   end
 
   # Mappings of the link's objects.
