@@ -32,12 +32,6 @@ AttributeDictionary& AttributeDictionary::operator=(AttributeDictionary other) n
   return *this;
 }
 
-AttributeDictionary::~AttributeDictionary() {
-  if (!owns()) return;
-  SUAttributeDictionaryRef su_dictionary = ref();
-  SUAttributeDictionaryRelease(&su_dictionary);
-}
-
 std::string AttributeDictionary::name() const {
   require_valid(is_null(), "AttributeDictionary", "name");
   return fetch_text(

@@ -14,7 +14,6 @@ class AttributeDictionary : public Entity {
   AttributeDictionary(const AttributeDictionary& other);
   AttributeDictionary(AttributeDictionary&&) noexcept = default;
   AttributeDictionary& operator=(AttributeDictionary other) noexcept;
-  ~AttributeDictionary() override;
 
   SUAttributeDictionaryRef ref() const { return SUAttributeDictionaryFromEntity(entity_ref()); }
 

@@ -34,12 +34,6 @@ ComponentDefinition& ComponentDefinition::operator=(ComponentDefinition other) n
   return *this;
 }
 
-ComponentDefinition::~ComponentDefinition() {
-  if (!owns()) return;
-  SUComponentDefinitionRef su_definition = ref();
-  SUComponentDefinitionRelease(&su_definition);
-}
-
 std::string ComponentDefinition::name() const {
   require_valid(is_null(), "ComponentDefinition", "name");
   return fetch_text(

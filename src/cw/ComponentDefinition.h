@@ -16,7 +16,6 @@ class ComponentDefinition : public DrawingElement {
   ComponentDefinition(const ComponentDefinition& other);
   ComponentDefinition(ComponentDefinition&&) noexcept = default;
   ComponentDefinition& operator=(ComponentDefinition other) noexcept;
-  ~ComponentDefinition() override;
 
   SUComponentDefinitionRef ref() const { return SUComponentDefinitionFromEntity(entity_ref()); }
 

@@ -23,13 +23,6 @@ ComponentInstance& ComponentInstance::operator=(ComponentInstance other) noexcep
   return *this;
 }
 
-// A group is released as the instance that it is, too.
-ComponentInstance::~ComponentInstance() {
-  if (!owns()) return;
-  SUComponentInstanceRef su_instance = ref();
-  SUComponentInstanceRelease(&su_instance);
-}
-
 ComponentDefinition ComponentInstance::definition() const {
   require_valid(is_null(), "ComponentInstance", "definition");
   SUComponentDefinitionRef su_definition = SU_INVALID;

@@ -12,7 +12,6 @@ class ComponentInstance : public DrawingElement {
   ComponentInstance(const ComponentInstance& other);
   ComponentInstance(ComponentInstance&&) noexcept = default;
   ComponentInstance& operator=(ComponentInstance other) noexcept;
-  ~ComponentInstance() override;
 
   SUComponentInstanceRef ref() const { return SUComponentInstanceFromEntity(entity_ref()); }
 

@@ -26,12 +26,6 @@ Edge& Edge::operator=(Edge other) noexcept {
   return *this;
 }
 
-Edge::~Edge() {
-  if (!owns()) return;
-  SUEdgeRef su_edge = ref();
-  SUEdgeRelease(&su_edge);
-}
-
 SUEdgeRef Edge::create_edge(const SUPoint3D* start, const SUPoint3D* end) {
   if (start == nullptr || end == nullptr) {
     throw std::invalid_argument("CW::Edge::create_edge(): given Point3D is null");

@@ -14,7 +14,6 @@ class Edge : public DrawingElement {
   Edge(const Edge& other);
   Edge(Edge&&) noexcept = default;
   Edge& operator=(Edge other) noexcept;
-  ~Edge() override;
 
   // The caller owns the edge. Throws std::invalid_argument for a null point and for two equal
   // ones.

@@ -13,6 +13,41 @@ uint64_t persistent_id(SUEntityRef su_entity) {
   return SUEntityGetPersistentID(su_entity, &id) == SU_ERROR_NONE ? static_cast<uint64_t>(id) : 0;
 }
 
+namespace {
+
+template <class Ref>
+void release_ref(Ref su_ref, SUResult (*release)(Ref*)) {
+  release(&su_ref);
+}
+
+}  // namespace
+
+// The host has a release for every kind of object. The kind is asked of the object, not of the
+// wrapper's class, which may be a base of the one that made it.
+void Entity::release() {
+  switch (SUEntityGetType(su_entity_)) {
+    case SURefType_AttributeDictionary:
+      return release_ref(SUAttributeDictionaryFromEntity(su_entity_), SUAttributeDictionaryRelease);
+    case SURefType_ComponentDefinition:
+      return release_ref(SUComponentDefinitionFromEntity(su_entity_), SUComponentDefinitionRelease);
+    case SURefType_ComponentInstance:
+    case SURefType_Group:  // an instance, too
+      return release_ref(SUComponentInstanceFromEntity(su_entity_), SUComponentInstanceRelease);
+    case SURefType_Edge:
+      return release_ref(SUEdgeFromEntity(su_entity_), SUEdgeRelease);
+    case SURefType_Face:
+      return release_ref(SUFaceFromEntity(su_entity_), SUFaceRelease);
+    case SURefType_Layer:
+      return release_ref(SULayerFromEntity(su_entity_), SULayerRelease);
+    case SURefType_Material:
+      return release_ref(SUMaterialFromEntity(su_entity_), SUMaterialRelease);
+    case SURefType_Texture:
+      return release_ref(SUTextureFromEntity(su_entity_), SUTextureRelease);
+    default:
+      return;
+  }
+}
+
 Entity::Entity(Entity&& other) noexcept {
   swap(other);
 }

@@ -22,7 +22,7 @@ uint64_t persistent_id(SUEntityRef su_entity);
 // the object when it goes, unless the object has been handed to the model meanwhile (`attach`).
 //
 // Copying an attached wrapper copies the name. Copying one that is not attached makes another
-// object. What is moved from is null.
+// object. What is moved from is null; the object goes along, also into a wrapper of a base class.
 //
 // Checked operations on a null wrapper throw std::logic_error naming the class and the operation;
 // bad arguments throw std::invalid_argument. A failing API call leaves the result as initialised.
@@ -31,11 +31,13 @@ class Entity {
  public:
   Entity() = default;
   Entity(SUEntityRef su_entity) : su_entity_(su_entity) {}
-  // Whatever `other` wraps, the copy is a mere name: a plain entity cannot own.
+  // Whatever `other` wraps, the copy is a mere name: only its own class can make another object.
   Entity(const Entity& other) : su_entity_(other.su_entity_) {}
   Entity(Entity&& other) noexcept;
   Entity& operator=(Entity other) noexcept;
-  virtual ~Entity() = default;
+  virtual ~Entity() {
+    if (owns()) release();
+  }
 
   SUEntityRef entity_ref() const { return su_entity_; }
   bool is_null() const { return SUIsInvalid(su_entity_); }
@@ -66,6 +68,8 @@ class Entity {
   void reset(SUEntityRef su_entity, bool attached);
 
  private:
+  void release();
+
   SUEntityRef su_entity_ = SU_INVALID;
   bool attached_ = true;
 };

@@ -50,12 +50,6 @@ Face& Face::operator=(Face other) noexcept {
   return *this;
 }
 
-Face::~Face() {
-  if (!owns()) return;
-  SUFaceRef su_face = ref();
-  SUFaceRelease(&su_face);
-}
-
 Loop Face::outer_loop() const {
   require_valid(is_null(), "Face", "outer_loop");
   SULoopRef su_loop = SU_INVALID;

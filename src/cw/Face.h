@@ -17,7 +17,6 @@ class Face : public DrawingElement {
   Face(const Face& other);
   Face(Face&&) noexcept = default;
   Face& operator=(Face other) noexcept;
-  ~Face() override;
 
   SUFaceRef ref() const { return SUFaceFromEntity(entity_ref()); }
 

@@ -13,7 +13,6 @@ class Group : public ComponentInstance {
   Group(const Group& other);
   Group(Group&&) noexcept = default;
   Group& operator=(Group other) noexcept;
-  ~Group() override = default;
 
   SUGroupRef ref() const { return SUGroupFromEntity(entity_ref()); }
 

@@ -31,12 +31,6 @@ Layer& Layer::operator=(Layer other) noexcept {
   return *this;
 }
 
-Layer::~Layer() {
-  if (!owns()) return;
-  SULayerRef su_layer = ref();
-  SULayerRelease(&su_layer);
-}
-
 std::string Layer::name() const {
   require_valid(is_null(), "Layer", "name");
   return fetch_text([this](SUStringRef* su_name) { return SULayerGetName(ref(), su_name); });

@@ -12,7 +12,6 @@ class Layer : public Entity {
   Layer(const Layer& other);
   Layer(Layer&&) noexcept = default;
   Layer& operator=(Layer other) noexcept;
-  ~Layer() override;
 
   SULayerRef ref() const { return SULayerFromEntity(entity_ref()); }
 

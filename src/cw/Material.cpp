@@ -40,14 +40,7 @@ Material& Material::operator=(Material other) noexcept {
   return *this;
 }
 
-Material::~Material() {
-  if (!owns()) return;
-  SUMaterialRef su_material = ref();
-  SUMaterialRelease(&su_material);
-}
-
 std::string Material::name() const {
-  require_valid(is_null(), "Material", "name");
   return fetch_text([this](SUStringRef* su_name) { return SUMaterialGetName(ref(), su_name); });
 }
 

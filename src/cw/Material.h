@@ -14,10 +14,10 @@ class Material : public Entity {
   Material(const Material& other);
   Material(Material&&) noexcept = default;
   Material& operator=(Material other) noexcept;
-  ~Material() override;
 
   SUMaterialRef ref() const { return SUMaterialFromEntity(entity_ref()); }
 
+  // Empty for a null wrapper.
   std::string name() const;
   void name(const std::string& name);
   SUMaterialType type() const;

@@ -45,12 +45,6 @@ Texture& Texture::operator=(Texture other) noexcept {
   return *this;
 }
 
-Texture::~Texture() {
-  if (!owns()) return;
-  SUTextureRef su_texture = ref();
-  SUTextureRelease(&su_texture);
-}
-
 double Texture::s_scale() const {
   require_valid(is_null(), "Texture", "s_scale");
   return dimensions_of(ref()).s_scale;

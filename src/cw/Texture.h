@@ -14,7 +14,6 @@ class Texture : public Entity {
   Texture(const Texture& other);
   Texture(Texture&&) noexcept = default;
   Texture& operator=(Texture other) noexcept;
-  ~Texture() override;
 
   SUTextureRef ref() const { return SUTextureFromEntity(entity_ref()); }
 

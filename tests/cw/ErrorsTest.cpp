@@ -149,6 +149,7 @@ TEST(CwErrors, ANullWrapperNamesClassAndOperation) {
 
   // Not checked: the call fails, and that is no error.
   EXPECT_EQ(face.persistent_id(), 0u);
+  EXPECT_EQ(material.name(), "");
 }
 
 TEST(CwErrors, BadArguments) {

@@ -38,6 +38,9 @@ void ExpectReleasedOnce(T made) {
     const CW::Entity name = assigned;  // a mere name
     EXPECT_TRUE(name.attached());
     EXPECT_EQ(name.entity_ref().ptr, su_entity.ptr);
+    CW::Entity base = std::move(assigned);
+    EXPECT_TRUE(assigned.is_null());
+    EXPECT_FALSE(base.attached());
     EXPECT_TRUE(Lives(su_entity));
   }
   EXPECT_FALSE(Lives(su_entity));
