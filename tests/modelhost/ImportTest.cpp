@@ -134,6 +134,31 @@ TEST_F(ImportTest, RealFiles) {
   EXPECT_EQ(workflow, SUMaterialWorkflow_PBRMetallicRoughness);
 }
 
+// Files of older programs are in Latin-1, and so may be the names of the files that they name.
+TEST_F(ImportTest, NamesInLatin1BecomeUtf8) {
+  const TemporaryFile picture("bl\xe4tter.png");
+  fs::copy_file(std::string(kModels) + "/OBJ/SpiderTex.jpg", picture.path());
+  const std::string pictureName = fs::path(picture.path()).filename();
+  const TemporaryFile materials("latin.mtl", "newmtl Gr\xfcn\nmap_Kd " + pictureName + "\n");
+  const TemporaryFile file("latin.obj",
+                           "mtllib " + fs::path(materials.path()).filename().string() +
+                               "\no Geb\xe4ude\nv 0 0 0\nv 1 0 0\nv 1 1 0\nusemtl Gr\xfcn\n"
+                               "f 1 2 3\n");
+  ASSERT_TRUE(load(file.path())) << message;
+  EXPECT_EQ(message, "");
+  const SUGroupRef group = groupsOf(rootOf(model)).at(0);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SUGroupGetName(group, s); }), "Gebäude");
+  size_t n = 0;
+  SUMaterialRef material = SU_INVALID;
+  SUModelGetMaterials(model, 1, &material, &n);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SUMaterialGetName(material, s); }), "Grün");
+  SUTextureRef texture = SU_INVALID;
+  ASSERT_EQ(SUMaterialGetTexture(material, &texture), SU_ERROR_NONE);
+  EXPECT_TRUE(readText([&](SUStringRef* s) {
+                return SUTextureGetFileName(texture, s);
+              }).ends_with("blätter.png"));
+}
+
 TEST_F(ImportTest, UnreadableFilesGiveOneSentence) {
   const TemporaryFile text("text.obj", "no model at all");
   const TemporaryFile unknown("file.unknown", "x");

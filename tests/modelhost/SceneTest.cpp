@@ -28,6 +28,29 @@ class SceneTest : public ::testing::Test {
   SUModelRef model = SU_INVALID;
 };
 
+TEST_F(SceneTest, TextsInLatin1BecomeUtf8) {
+  ASSERT_EQ(
+      load("{\"layers\": [\"W\xe4nde\"], \"materials\": {\"Gr\xfcn\": {\"color\": \"#00ff00\","
+           "\"attributes\": {\"Ma\xdf\": {\"H\xf6he\": \"fu\xdf\"}}}}}"),
+      "");
+  size_t n = 0;
+  SUMaterialRef material = SU_INVALID;
+  SUModelGetMaterials(model, 1, &material, &n);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SUMaterialGetName(material, s); }), "Grün");
+  SULayerRef layers[2] = {SU_INVALID, SU_INVALID};
+  SUModelGetLayers(model, 2, layers, &n);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SULayerGetName(layers[1], s); }), "Wände");
+  SUAttributeDictionaryRef dictionary = SU_INVALID;
+  SUEntityGetAttributeDictionaries(SUMaterialToEntity(material), 1, &dictionary, &n);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SUAttributeDictionaryGetName(dictionary, s); }),
+            "Maß");
+  SUTypedValueRef value = SU_INVALID;
+  SUTypedValueCreate(&value);
+  EXPECT_EQ(SUAttributeDictionaryGetValue(dictionary, "Höhe", &value), SU_ERROR_NONE);
+  EXPECT_EQ(readText([&](SUStringRef* s) { return SUTypedValueGetString(value, s); }), "fuß");
+  SUTypedValueRelease(&value);
+}
+
 TEST_F(SceneTest, SaysEverythingTheHostHolds) {
   ASSERT_EQ(load(R"({
     "name": "Haus 家", "title": "T",

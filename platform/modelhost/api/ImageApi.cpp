@@ -2,6 +2,7 @@
 
 #include "core/Args.h"
 #include "core/Paths.h"
+#include "core/Texts.h"
 #include "model/ImageRep.h"
 #include "model/Model.h"
 
@@ -56,7 +57,7 @@ SUResult SUImageCreateFromFile(SUImageRef* out_image, const char* path) {
   auto picture = readPicture(path);
   if (!picture) return SU_ERROR_SERIALIZATION;
   return createImage(out_image, std::make_shared<Pixels>(std::move(*picture)),
-                     utf8(filePath(path).filename()));
+                     asUtf8(utf8(filePath(path).filename())));
 }
 
 SUResult SUImageCreateFromImageRep(SUImageRef* out_image, SUImageRepRef rep) {

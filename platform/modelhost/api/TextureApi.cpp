@@ -5,6 +5,7 @@
 
 #include "core/Args.h"
 #include "core/Paths.h"
+#include "core/Texts.h"
 #include "model/ImageRep.h"
 #include "model/Model.h"
 #include "model/TextureWriter.h"
@@ -66,7 +67,7 @@ SUResult SUTextureCreateFromFile(SUTextureRef* out_texture, const char* path, do
   const SUResult created = create(out_texture, std::make_shared<Pixels>(std::move(*picture)),
                                   TileSize{1 / s_scale, 1 / t_scale});
   if (created == SU_ERROR_NONE) {
-    find(*out_texture)->fileName = utf8(filePath(path).filename());
+    find(*out_texture)->fileName = asUtf8(utf8(filePath(path).filename()));
   }
   return created;
 }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "core/Refs.h"
+#include "core/Texts.h"
 #include "import/AssimpMaterials.h"
 #include "import/AssimpUnits.h"
 #include "import/Load.h"
@@ -38,7 +39,7 @@ SUTransformation toTransformation(const aiMatrix4x4& m) {
 }
 
 std::string nameOf(const aiString& name) {
-  return {name.C_Str(), name.length};
+  return asUtf8({name.C_Str(), name.length});
 }
 
 class SceneReader {

@@ -14,6 +14,7 @@
 #include <set>
 
 #include "core/Refs.h"
+#include "core/Texts.h"
 #include "model/ImageRep.h"
 #include "model/Model.h"
 
@@ -73,7 +74,7 @@ std::string uniqueName(const aiMaterial& source, SUModelRef model) {
   if (source.Get(AI_MATKEY_NAME, name) != aiReturn_SUCCESS || name.length == 0) {
     name.Set("Material");
   }
-  return find(model)->freeMaterialName(std::string(name.C_Str(), name.length));
+  return find(model)->freeMaterialName(asUtf8({name.C_Str(), name.length}));
 }
 
 }  // namespace
@@ -183,7 +184,7 @@ AssimpMaterials::Picture AssimpMaterials::read(const std::string& name) const {
     pixels = findPicture(name, folder_);
   }
   if (!pixels) return {};
-  return {std::make_shared<Pixels>(std::move(*pixels)), fileName};
+  return {std::make_shared<Pixels>(std::move(*pixels)), asUtf8(fileName)};
 }
 
 }  // namespace modelhost

@@ -10,6 +10,7 @@
 
 #include "core/Paths.h"
 #include "core/Refs.h"
+#include "core/Texts.h"
 #include "model/Model.h"
 
 namespace modelhost {
@@ -53,7 +54,7 @@ std::string read(const std::string& path, SUModelRef ref) {
   if (lowerSuffix(path) == ".off") checkOffCounts(path);
   Model& model = *find(ref);
   model.path = path;
-  model.title = utf8(filePath(path).stem());
+  model.title = asUtf8(utf8(filePath(path).stem()));
   model.name = model.title;
   return lowerSuffix(path) == ".json" ? importScene(path, ref) : importWithAssimp(path, ref);
 }

@@ -7,10 +7,12 @@
 
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 
 #include "ModelHost.h"
 #include "core/Paths.h"
 #include "core/Refs.h"
+#include "core/Texts.h"
 #include "import/Load.h"
 #include "import/SceneValues.h"
 #include "model/Model.h"
@@ -23,6 +25,7 @@ constexpr int kMaxDepth = 200;
 
 SceneNode::Json parse(const std::string& path) {
   std::ifstream in(filePath(path), std::ios::binary);
+  const std::string text(std::istreambuf_iterator<char>(in), {});
   const auto limitDepth = [](int depth, SceneNode::Json::parse_event_t, SceneNode::Json&) {
     if (depth > kMaxDepth) {
       throw ImportError("objects and lists are nested deeper than " + std::to_string(kMaxDepth));
@@ -30,7 +33,7 @@ SceneNode::Json parse(const std::string& path) {
     return true;
   };
   try {
-    return SceneNode::Json::parse(in, limitDepth);
+    return SceneNode::Json::parse(asUtf8(text), limitDepth);
   } catch (const SceneNode::Json::parse_error& error) {
     // The parser's own text begins with a number of its own; what it says after the place is for
     // people.
