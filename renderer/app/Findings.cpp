@@ -7,7 +7,7 @@ namespace kvapp {
 
 namespace {
 
-constexpr std::uint64_t kMostPrinted = 10;
+constexpr std::size_t kMostPrinted = 10;
 
 }  // namespace
 
@@ -33,7 +33,8 @@ void Findings::SetContext(std::uint64_t command, const char* name) {
 }
 
 void Findings::Fault(std::string text) {
-  if (++faultCount_ <= kMostPrinted) {
+  ++faultCount_;
+  if (printed_.size() < kMostPrinted && printed_.insert(text).second) {
     const std::string where =
         command_ == 0 ? "" : "command " + std::to_string(command_) + " " + std::string(name_) + ": ";
     std::fprintf(stderr, "KvApp: %s%s\n", where.c_str(), text.c_str());

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,7 @@ class Findings {
 
   // The command that later findings are about. The name is kept as it is given: one for good.
   void SetContext(std::uint64_t command, const char* name);
-  // The first few go to standard error too.
+  // The first few different ones go to standard error too, each once however often it comes.
   void Fault(std::string text);
   void Note(NoteKind kind, std::string text);
 
@@ -45,6 +46,7 @@ class Findings {
   std::uint64_t command_ = 0;
   const char* name_ = "";
   std::uint64_t faultCount_ = 0;
+  std::set<std::string> printed_;
   std::vector<Finding> faults_;
   std::vector<Finding> notes_;
   std::map<std::string, std::uint64_t> noteCounts_;

@@ -243,6 +243,21 @@ TEST(Scene, ShowsNoGhosts) {
   EXPECT_EQ(renderer.Faults(), 0u);
 }
 
+TEST(Findings, PrintEachFaultOnceAndCountThemAll) {
+  Findings findings;
+  testing::internal::CaptureStderr();
+  for (std::uint64_t command = 1; command <= 3; ++command) {
+    findings.SetContext(command, "AppendMesh");
+    findings.Fault("an index is wrong");
+    findings.Fault("a text is wrong");
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "KvApp: command 1 AppendMesh: an index is wrong\n"
+            "KvApp: command 1 AppendMesh: a text is wrong\n");
+  EXPECT_EQ(findings.FaultCount(), 6u);
+  EXPECT_EQ(findings.Faults().size(), 6u);
+}
+
 TEST(Scene, KnowsExportsFromWhatScriptsSendBetween) {
   Renderer renderer;
   renderer.WithLights({OmniLight(1, 1)}).Export(FirstExport(), "First");
