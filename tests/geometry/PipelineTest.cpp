@@ -117,8 +117,8 @@ GeometryPipeline::Peaks PeaksWhileStalled(GeometryPipeline& pipeline, Barrier& b
   std::future<void> walk = std::async(std::launch::async, produce);
   GeometryPipeline::Peaks peaks;
   const GeometryPipeline::Peaks full{GeometryPipeline::kMaxChunks, GeometryPipeline::kMaxEntries};
-  for (int i = 0; i < 500 && peaks.chunks < full.chunks && peaks.entries < full.entries; ++i) {
-    std::this_thread::sleep_for(10ms);
+  while (peaks.chunks < full.chunks && peaks.entries < full.entries &&
+         walk.wait_for(10ms) == std::future_status::timeout) {
     peaks = pipeline.PeaksSoFar();
   }
   EXPECT_EQ(walk.wait_for(50ms), std::future_status::timeout) << "the walk did not wait";

@@ -26,7 +26,7 @@ TEST_F(HandshakeWindows, AProgramThatIsMissingOrNoProgramDoesNotStart) {
   for (const std::string& directory :
        {(folder / "nothing").string(), (folder / "plain").string()}) {
     auto answered =
-        std::async(std::launch::async, [] { return AnswerMessageBox(std::chrono::seconds(10)); });
+        std::async(std::launch::async, [] { return AnswerMessageBox(std::chrono::minutes(1)); });
     EXPECT_FALSE(link.LaunchApp(directory)) << directory;
     EXPECT_EQ(answered.get(), "Error: Failed to start the app");
     EXPECT_FALSE(link.IsAlive());

@@ -17,11 +17,8 @@ extern char** environ;
 namespace kvapp::test {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 namespace {
-
-constexpr std::chrono::seconds kPatience{20};
 
 int StartProgram(std::vector<std::string> arguments, const FakePlugin::Environment& environment) {
   std::vector<std::string> variables;
@@ -44,23 +41,11 @@ int StartProgram(std::vector<std::string> arguments, const FakePlugin::Environme
   return process;
 }
 
-// Exit status, or nothing while it runs.
-std::optional<int> Reap(int process) {
+// Exit status.
+int AwaitEnd(int process) {
   int status = 0;
-  if (waitpid(process, &status, WNOHANG) != process) return std::nullopt;
+  waitpid(process, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-int AwaitEnd(int process, std::chrono::seconds limit) {
-  const auto deadline = Clock::now() + limit;
-  while (Clock::now() < deadline) {
-    if (const auto status = Reap(process)) return *status;
-    std::this_thread::sleep_for(milliseconds(2));
-  }
-  kill(process, SIGKILL);
-  waitpid(process, nullptr, 0);
-  throw std::runtime_error("the renderer did not end within " + std::to_string(limit.count()) +
-                           " s");
 }
 
 // A renderer that was killed left its objects; a new link removes them, so that they are not taken
@@ -124,7 +109,7 @@ void FakePlugin::Start(const Environment& environment, std::optional<std::int64_
 }
 
 int FakePlugin::RunWith(const std::vector<std::string>& arguments) {
-  return AwaitEnd(StartProgram(arguments, {}), kPatience);
+  return AwaitEnd(StartProgram(arguments, {}));
 }
 
 void FakePlugin::Post(std::span<const std::byte> command) {
@@ -140,10 +125,8 @@ bool FakePlugin::Done(milliseconds timeout) {
 }
 
 void FakePlugin::AwaitDone() {
-  const auto deadline = Clock::now() + kPatience;
   while (!Done(milliseconds(10))) {
     if (!Running()) throw std::runtime_error("the renderer ended before it finished a command");
-    if (Clock::now() > deadline) throw std::runtime_error("a command was not finished in time");
   }
 }
 
@@ -162,8 +145,7 @@ void FakePlugin::Grow(std::size_t bytes) {
 }
 
 std::span<std::byte> FakePlugin::AwaitRequest() {
-  const auto deadline = Clock::now() + kPatience;
-  while (Clock::now() < deadline) {
+  while (Running()) {
     if (!requestReady_) requestReady_ = EventPeer::Open("Qlx_Lock_ToPlugin1");
     if (!requestDone_) requestDone_ = EventPeer::Open("Qlx_Lock_ToPlugin2");
     if (requestReady_ && requestDone_) {
@@ -182,9 +164,8 @@ void FakePlugin::AcknowledgeRequest() {
   requestDone_->Set();
 }
 
-int FakePlugin::AwaitExit(std::chrono::seconds limit) {
-  const int process = std::exchange(process_, 0);
-  return AwaitEnd(process, limit);
+int FakePlugin::AwaitExit() {
+  return AwaitEnd(std::exchange(process_, 0));
 }
 
 void FakePlugin::Kill() {

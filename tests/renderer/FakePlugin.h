@@ -69,7 +69,7 @@ class FakePlugin {
   void AcknowledgeRequest();
 
   // Exit status; 128 + signal when a signal ended it.
-  int AwaitExit(std::chrono::seconds limit = std::chrono::seconds(20));
+  int AwaitExit();
   void Kill();
   bool Running();
   // Gives the channel up as a host does that forgets its renderer.

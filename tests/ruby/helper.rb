@@ -38,6 +38,8 @@ end
 
 class LinkTest < Minitest::Test
   WATCHDOG_SECONDS = 60
+  # How many times longer things take as they were built.
+  TIME_FACTOR = Integer(ENV.fetch("TIME_FACTOR", "1"))
 
   attr_reader :link, :out
 
@@ -58,7 +60,7 @@ class LinkTest < Minitest::Test
 
   # A test that hangs fails instead.
   def run
-    Timeout.timeout(self.class::WATCHDOG_SECONDS) { super }
+    Timeout.timeout(self.class::WATCHDOG_SECONDS * TIME_FACTOR) { super }
   end
 
   # Starts a renderer that follows these steps.
@@ -74,10 +76,8 @@ class LinkTest < Minitest::Test
   end
 
   # Polls, as a timer of the plug-in does, until the block holds.
-  def poll_until(seconds = 20)
-    deadline = Process.clock_gettime(Process::CLOCK_MONOTONIC) + seconds
+  def poll_until
     until yield
-      flunk("nothing came within #{seconds} s") if Process.clock_gettime(Process::CLOCK_MONOTONIC) > deadline
       link.poll_to_plugin
       sleep(0.005)
     end

@@ -175,10 +175,8 @@ class TroubleTest < LinkTest
         File.write("/dev/shm/#{name}", "\0" * bytes)
       end
       ENV.delete("KVAPP_SCRIPT")
-      began = Machine.now
       5.times { link.poll_to_plugin }
-      link.init_renderer(Receiver.new, KVAPP_DIR)
-      assert_operator Machine.now - began, :<, 2, bytes
+      assert link.init_renderer(Receiver.new, KVAPP_DIR), bytes
     end
   end
 end

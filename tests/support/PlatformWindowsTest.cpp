@@ -57,7 +57,7 @@ TEST(SharedFiles, TakeAnyNameAndSeveralWritersAndEndLinesAsTheSystemDoes) {
 
 TEST(MessageBox, ShowsTextsOfEveryScriptAndWaits) {
   auto answered =
-      std::async(std::launch::async, [] { return AnswerMessageBox(std::chrono::seconds(10)); });
+      std::async(std::launch::async, [] { return AnswerMessageBox(std::chrono::minutes(1)); });
   ShowMessageBox(kText, "家");
   EXPECT_EQ(answered.get(), std::string("家: ") + kText);
 }

@@ -5,7 +5,7 @@
 #include "MessageBoxWindows.h"
 
 int main() {
-  const std::string said = quellix::AnswerMessageBox(std::chrono::seconds(20));
+  const std::string said = quellix::AnswerMessageBox(std::chrono::minutes(1));
   std::puts(said.c_str());
   return said.empty() ? 1 : 0;
 }
