@@ -3,9 +3,14 @@
 #include <aclapi.h>
 #include <windows.h>
 
+#include <chrono>
+#include <cstring>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <memory>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -31,6 +36,23 @@ TEST_F(HandshakeWindows, AProgramThatIsMissingOrNoProgramDoesNotStart) {
     EXPECT_EQ(answered.get(), "Error: Failed to start the app");
     EXPECT_FALSE(link.IsAlive());
     link.SetMessage("dropped");
+  }
+}
+
+TEST_F(HandshakeWindows, TheRendererGetsItsQuotedFullPathAndThisProcessInItsOwnFolder) {
+  ASSERT_TRUE(link.OpenChannel(&receiver));
+  for (const char* name : {"plain", "with blanks"}) {
+    const std::filesystem::path program = folder / name / "KvApp" / "KvApp.exe";
+    std::filesystem::create_directories(program.parent_path());
+    std::filesystem::copy_file(PRINT_COMMAND_LINE, program);
+    ASSERT_TRUE(link.LaunchApp((folder / name).string()));
+    while (link.IsAlive()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::ifstream file(program.parent_path() / "command-line", std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    std::wstring line(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(line.data(), bytes.data(), line.size() * sizeof(wchar_t));
+    EXPECT_EQ(line, L"\"" + std::filesystem::path(program).make_preferred().wstring() +
+                        L"\" --host-pid " + std::to_wstring(OwnProcessId()));
   }
 }
 
