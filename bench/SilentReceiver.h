@@ -17,12 +17,13 @@ class SilentReceiver : public RequestReceiver {
   void OnCameraChangedByGui(const std::array<float, 10>&) override {}
   void OnRendererQuit() override {}
   void OnDatetimeUpdated(const std::array<std::int32_t, 6>&) override {}
-  std::vector<SceneInfo> OnGetScenes() override { return {}; }
+  std::vector<SceneInfo> OnGetScenes(const Room&) override { return {}; }
   std::optional<std::array<float, 13>> OnRequestCameraInfo() override { return {}; }
   std::optional<ShadowInfo> OnRequestShadowInfo() override { return {}; }
   std::optional<bool> ModelOutOfSync() override { return {}; }
   void SaveParameters(const std::string&, const std::vector<std::int64_t>&) override {}
-  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string&) override {
+  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string&,
+                                                           const Room&) override {
     return {};
   }
   void RemoveAttribute(const std::string&) override {}

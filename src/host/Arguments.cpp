@@ -30,6 +30,28 @@ std::int32_t Int32Value(VALUE value) {
   return static_cast<std::int32_t>(rb_num2ll(value));
 }
 
+VALUE Utf8Text(VALUE value) {
+  StringValue(value);
+  rb_encoding* const utf8 = rb_utf8_encoding();
+  rb_encoding* const given = rb_enc_get(value);
+  // A text that cannot be converted comes back as it is.
+  VALUE text = given == rb_ascii8bit_encoding() ? rb_enc_associate(rb_str_dup(value), utf8)
+                                                : rb_str_conv_enc(value, given, utf8);
+  const bool isUtf8 = rb_enc_get(text) == utf8 || rb_enc_str_asciionly_p(text) != 0;
+  if (!isUtf8 || rb_enc_str_coderange(text) == ENC_CODERANGE_BROKEN) {
+    rb_raise(rb_eArgError, "a text in %s cannot be converted to UTF-8", rb_enc_name(given));
+  }
+  return text;
+}
+
+VALUE PathText(VALUE value) {
+  StringValue(value);
+  rb_encoding* const given = rb_enc_get(value);
+  const bool plain = given == rb_utf8_encoding() || given == rb_ascii8bit_encoding() ||
+                     given == rb_usascii_encoding();
+  return plain ? value : Utf8Text(value);
+}
+
 float FloatValue(VALUE value) {
   return static_cast<float>(rb_num2dbl(value));
 }

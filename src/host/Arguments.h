@@ -19,6 +19,13 @@ std::int32_t Int32Value(VALUE value);
 
 float FloatValue(VALUE value);
 
+// A String, or what converts itself to one, in UTF-8; bytes without an encoding count as UTF-8.
+// ArgumentError for what no UTF-8 can be made of.
+VALUE Utf8Text(VALUE value);
+
+// The same for a path, whose bytes stay as they are where nothing says how they are encoded.
+VALUE PathText(VALUE value);
+
 // Element i of an array; nil, and so a conversion error, behind its end.
 float FloatAt(VALUE array, long i);
 std::int32_t Int32At(VALUE array, long i);

@@ -82,7 +82,8 @@ extern "C" {
 VALUE DoImport(VALUE, VALUE model, VALUE path, VALUE reload, VALUE usePbr) {
   if (Session::Instance().Link() == nullptr) return Qnil;
   const SUModelRef su_model = ModelFromHandle(quellix::UnsignedValue(model));
-  const char* text = StringValueCStr(path);
+  VALUE utf8 = quellix::Utf8Text(path);
+  const char* text = StringValueCStr(utf8);
   const bool isReload = reload == Qtrue;
   const bool pbr = usePbr == Qtrue;
   const VALUE result = Guarded([su_model, text, isReload, pbr] {
@@ -91,7 +92,7 @@ VALUE DoImport(VALUE, VALUE model, VALUE path, VALUE reload, VALUE usePbr) {
     }
     return Qnil;
   });
-  RB_GC_GUARD(path);
+  RB_GC_GUARD(utf8);
   return result;
 }
 

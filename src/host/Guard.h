@@ -17,11 +17,12 @@ namespace quellix {
 // returned; an interrupt that came meanwhile goes on then.
 template <class Body>
 VALUE Guarded(Body body) {
+  const VALUE fiber = rb_fiber_current();
   char message[1024] = "";
   VALUE result = Qnil;
   bool failed = true;
   try {
-    const MethodScope scope;
+    const MethodScope scope(fiber);
     result = body();
     failed = false;
   } catch (const std::bad_alloc&) {

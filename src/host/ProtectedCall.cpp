@@ -54,24 +54,34 @@ void Report(const char* callback, VALUE error) {
 // The jump that is on its way to the caller; its error stays Ruby's current one meanwhile.
 int interruption = 0;
 
-// Only exceptions are objects that can be asked; a throw or the end of a thread is neither an error
-// nor an object.
-bool EndsTheCaller(VALUE error) {
-  if (RB_SPECIAL_CONST_P(error) || RB_BUILTIN_TYPE(error) == T_IMEMO) return true;
-  return RTEST(rb_obj_is_kind_of(error, rb_eSignal));
+// Whether a callback may well have raised that itself. Anything else came to it from outside: a
+// time-out, an interrupt, the end of its thread, a throw. Only exceptions are objects that can be
+// asked; a throw or the end of a thread is neither an error nor an object.
+bool IsCallbacksOwn(VALUE error) {
+  if (RB_SPECIAL_CONST_P(error) || RB_BUILTIN_TYPE(error) == T_IMEMO) return false;
+  for (const VALUE own : {rb_eStandardError, rb_eScriptError, rb_eSystemExit}) {
+    if (RTEST(rb_obj_is_kind_of(error, own))) return true;
+  }
+  return false;
+}
+
+// A thread in a wait keeps the interpreter. The main one, which signals come to, gets its turn when
+// there is one for it.
+VALUE CheckInterrupts(VALUE) {
+  if (rb_thread_interrupted(rb_thread_main()) != 0) rb_thread_schedule();
+  rb_thread_check_ints();
+  return Qnil;
 }
 
 }  // namespace
 
 bool Interrupted() {
   if (interruption != 0) return true;
-  if (rb_thread_interrupted(rb_thread_current()) == 0) return false;
-  rb_protect(
-      [](VALUE) -> VALUE {
-        rb_thread_check_ints();
-        return Qnil;
-      },
-      Qnil, &interruption);
+  if (rb_thread_interrupted(rb_thread_current()) == 0 &&
+      rb_thread_interrupted(rb_thread_main()) == 0) {
+    return false;
+  }
+  rb_protect(CheckInterrupts, Qnil, &interruption);
   return interruption != 0;
 }
 
@@ -84,7 +94,7 @@ bool RunProtected(const char* callback, VALUE (*call)(VALUE context), VALUE cont
   rb_protect(call, context, &failed);
   if (failed == 0) return true;
   const VALUE error = rb_errinfo();
-  if (EndsTheCaller(error)) {
+  if (!IsCallbacksOwn(error)) {
     interruption = failed;
     return false;
   }

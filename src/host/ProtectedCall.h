@@ -8,9 +8,9 @@
 namespace quellix {
 
 // Runs `call(context)` so that a Ruby error in it ends here. False when there was one; it is told,
-// under the callback's name, with its class, its message and where it came from. What is no error
-// of the callback but ends its caller as well (an interrupt, a throw, the end of its thread) is
-// kept instead, as by Interrupted.
+// under the callback's name, with its class, its message and where it came from. What is no
+// StandardError, ScriptError or exit, and so ends the callback's caller as well (an interrupt, a
+// time-out, a throw, the end of its thread), is kept instead, as by Interrupted.
 bool RunProtected(const char* callback, VALUE (*call)(VALUE context), VALUE context);
 
 // True when Ruby wants the running method to end: by Ctrl-C, a time-out, the end of its thread.

@@ -51,14 +51,18 @@ VALUE SendCamera(const CameraValues& camera, bool withProgress) {
 extern "C" {
 
 VALUE InitRenderer(VALUE, VALUE receiver, VALUE directory) {
-  const char* path = StringValueCStr(directory);
+  if (rb_thread_current() != rb_thread_main()) {
+    rb_raise(rb_eRuntimeError, "init_renderer is for the host's main thread");
+  }
+  VALUE text = quellix::PathText(directory);
+  const char* path = StringValueCStr(text);
   const VALUE started = Guarded([receiver, path] {
     IpcInterface& link = TheSession().Open(receiver);
     if (!link.LaunchApp(path)) return Qfalse;
     TheSession().forceCameraSend = true;
     return Qtrue;
   });
-  RB_GC_GUARD(directory);
+  RB_GC_GUARD(text);
   return started;
 }
 
@@ -110,14 +114,15 @@ VALUE SetLinkCamera(VALUE, VALUE linked) {
   return SendSimply([isLinked](IpcInterface& link) { link.SetLinkCamera(isLinked); });
 }
 
-VALUE ShowMessage(VALUE, VALUE text) {
+VALUE ShowMessage(VALUE, VALUE message) {
   if (TheSession().Link() == nullptr) return Qnil;
+  VALUE text = quellix::Utf8Text(message);
   // Up to the first NUL; the text may lack one of its own.
   const char* bytes = StringValuePtr(text);
   const auto length = static_cast<std::size_t>(RSTRING_LEN(text));
   const VALUE result = SendSimply([bytes, length](IpcInterface& link) {
-    const std::string message(bytes, length);
-    link.SetMessage(message.c_str());
+    const std::string whole(bytes, length);
+    link.SetMessage(whole.c_str());
   });
   RB_GC_GUARD(text);
   return result;
@@ -131,10 +136,11 @@ VALUE SetProgress(VALUE, VALUE fraction) {
 
 VALUE SetModelName(VALUE, VALUE path) {
   if (TheSession().Link() == nullptr) return Qnil;
-  const char* text = StringValueCStr(path);
+  VALUE text = quellix::Utf8Text(path);
+  const char* bytes = StringValueCStr(text);
   const VALUE result =
-      SendSimply([text](IpcInterface& link) { link.SetModelName(quellix::ModelNameOf(text)); });
-  RB_GC_GUARD(path);
+      SendSimply([bytes](IpcInterface& link) { link.SetModelName(quellix::ModelNameOf(bytes)); });
+  RB_GC_GUARD(text);
   return result;
 }
 

@@ -53,20 +53,20 @@ void RubyReceiver::OnDatetimeUpdated(const std::array<std::int32_t, 6>& dateTime
   });
 }
 
-std::vector<SceneInfo> RubyReceiver::OnGetScenes() {
+std::vector<SceneInfo> RubyReceiver::OnGetScenes(const Room& forScenes) {
   std::vector<SceneInfo> scenes;
   const bool answered = ProtectedCall("on_get_scenes", [&] {
     const VALUE list = rb_funcall(object, rb_intern("on_get_scenes"), 0);
     if (NIL_P(list)) return;
     Check_Type(list, T_ARRAY);
     const long count = RARRAY_LEN(list) / kValuesPerScene;
+    if (count == 0 || !forScenes(static_cast<std::uint64_t>(count))) return;
     scenes.resize(static_cast<std::size_t>(count));
     for (long i = 0; i < count; ++i) {
       SceneInfo& scene = scenes[static_cast<std::size_t>(i)];
       long at = i * kValuesPerScene;
-      VALUE name = rb_ary_entry(list, at++);
-      const char* text = StringValueCStr(name);
-      scene.name = text;
+      VALUE name = Utf8Text(rb_ary_entry(list, at++));
+      scene.name = StringValueCStr(name);
       for (float& value : scene.values) value = FloatAt(list, at++);
       scene.flag = rb_num2dbl(rb_ary_entry(list, at++)) > 0.0;
       for (std::int32_t& value : scene.integers) value = Int32At(list, at++);
@@ -115,7 +115,8 @@ void RubyReceiver::SaveParameters(const std::string& name, const std::vector<std
   });
 }
 
-std::optional<std::vector<std::uint32_t>> RubyReceiver::LoadParameters(const std::string& name) {
+std::optional<std::vector<std::uint32_t>> RubyReceiver::LoadParameters(const std::string& name,
+                                                                       const Room& forBytes) {
   std::vector<std::uint32_t> words;
   bool stored = false;
   const bool answered = ProtectedCall("load_parameters", [&] {
@@ -124,6 +125,7 @@ std::optional<std::vector<std::uint32_t>> RubyReceiver::LoadParameters(const std
     RequireArray(list, 1, "the result");
     const auto byteCount = static_cast<std::uint32_t>(Int32At(list, 0));
     RequireArray(list, 1 + (static_cast<long>(byteCount) + 3) / 4, "the result");
+    if (!forBytes(byteCount)) return;
     words.resize(static_cast<std::size_t>(RARRAY_LEN(list)));
     for (std::size_t i = 0; i < words.size(); ++i) {
       words[i] = static_cast<std::uint32_t>(Int32At(list, static_cast<long>(i)));

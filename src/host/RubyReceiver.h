@@ -20,12 +20,13 @@ class RubyReceiver : public RequestReceiver {
   void OnCameraChangedByGui(const std::array<float, 10>& camera) override;
   void OnRendererQuit() override;
   void OnDatetimeUpdated(const std::array<std::int32_t, 6>& dateTime) override;
-  std::vector<SceneInfo> OnGetScenes() override;
+  std::vector<SceneInfo> OnGetScenes(const Room& forScenes) override;
   std::optional<std::array<float, 13>> OnRequestCameraInfo() override;
   std::optional<ShadowInfo> OnRequestShadowInfo() override;
   std::optional<bool> ModelOutOfSync() override;
   void SaveParameters(const std::string& name, const std::vector<std::int64_t>& words) override;
-  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name) override;
+  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name,
+                                                           const Room& forBytes) override;
   void RemoveAttribute(const std::string& name) override;
   void SetUsePbr(bool usePbr) override;
   std::optional<bool> GetUsePbr() override;

@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include "support/TimingLog.h"
-#include "support/WxRuntime.h"
 
 namespace quellix {
 
@@ -16,9 +15,6 @@ Session& Session::Instance() {
 IpcInterface& Session::Open(VALUE receiver) {
   if (methodDepth > 1) {
     throw std::runtime_error("init_renderer cannot be called from a callback of the renderer");
-  }
-  if (!OnWxMainThread()) {
-    throw std::runtime_error("init_renderer is for the host's main thread");
   }
   if (ipcInterface) {
     ipcInterface->AwaitAttachment();
@@ -71,12 +67,20 @@ void Session::ReleaseWhenEnded() {
   }
 }
 
-void Session::EnterMethod() {
+void Session::EnterMethod(VALUE fiber) {
   if (methodDepth > 0 && methodThread != std::this_thread::get_id()) {
     throw std::runtime_error(
         "another thread is inside a method of the extension; wait for its end");
   }
-  methodThread = std::this_thread::get_id();
+  if (methodDepth > 0 && methodFiber != fiber) {
+    throw std::runtime_error(
+        "another fiber is inside a method of the extension; resume it until its end");
+  }
+  if (methodDepth == 0) {
+    methodThread = std::this_thread::get_id();
+    methodFiber = fiber;
+    if (ipcInterface) ipcInterface->BecomeHostThread();
+  }
   ++methodDepth;
 }
 

@@ -13,7 +13,8 @@
 namespace quellix {
 
 // What the methods share for the life of the process: the one link to a renderer, and whether the
-// next camera goes out even to a renderer whose camera is not linked. Host thread only.
+// next camera goes out even to a renderer whose camera is not linked. The thread inside the
+// outermost method is the host thread for as long; no other may be in here meanwhile.
 class Session {
  public:
   static Session& Instance();
@@ -40,7 +41,7 @@ class Session {
  private:
   friend class MethodScope;
 
-  void EnterMethod();
+  void EnterMethod(VALUE fiber);
   void LeaveMethod();
 
   void ForgetInterface();
@@ -51,17 +52,18 @@ class Session {
   std::unique_ptr<IpcInterface> ipcInterface;
   int methodDepth = 0;
   std::thread::id methodThread;  // while a method runs: whose
+  VALUE methodFiber = Qnil;      // and on which of its fibers
   bool exporting = false;
   bool closing = false;
   CacheChanges cacheChanges;
 };
 
 // Counts the methods that are running, one inside a callback of another; the outermost one's end is
-// where a link that ended can be released. Throws when another thread is inside a method: it would
-// wait for that one while it keeps the interpreter from running it.
+// where a link that ended can be released. Throws when another thread or fiber is inside a method:
+// this one would wait for that one while it keeps the interpreter from running it.
 class MethodScope {
  public:
-  MethodScope() { Session::Instance().EnterMethod(); }
+  explicit MethodScope(VALUE fiber) { Session::Instance().EnterMethod(fiber); }
   ~MethodScope() { Session::Instance().LeaveMethod(); }
   MethodScope(const MethodScope&) = delete;
   MethodScope& operator=(const MethodScope&) = delete;

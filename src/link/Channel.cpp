@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 
+#include "support/Platform.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -30,6 +31,7 @@ IpcInterface::~IpcInterface() = default;
 bool IpcInterface::OpenChannel(RequestReceiver* requestReceiver) {
   receiver = requestReceiver;
   hostThread = std::this_thread::get_id();
+  ownProcess = CurrentProcessId();
 
   bi::shared_memory_object::remove(wire::kToAppSegment);
   RemoveRendererObjects();
@@ -48,10 +50,16 @@ bool IpcInterface::OpenChannel(RequestReceiver* requestReceiver) {
 }
 
 void IpcInterface::CreateEvents() {
-  const auto alive = [this] { return IsAlive(); };
+  const auto alive = [this] { return PeerAlive(); };
   commandReady = ManualEvent::Create(wire::kCommandReady, alive);
   commandDone = ManualEvent::Create(wire::kCommandDone, alive);
   segmentReplaced = ManualEvent::Create(wire::kSegmentReplaced, alive);
+}
+
+// Asked by an event that cannot have its lock, time and again.
+bool IpcInterface::PeerAlive() {
+  EndIfInterrupted();
+  return IsAlive();
 }
 
 // False once another process has made a channel of its own under the same names.
@@ -69,6 +77,7 @@ void IpcInterface::AwaitAttachment() {
 }
 
 void IpcInterface::ExpandSharedMemory(std::uint64_t requiredBytes) {
+  if (toAppSize == 0) requiredBytes = std::max(requiredBytes, kFirstMessageBytes);
   auto target = static_cast<std::uint64_t>(static_cast<float>(requiredBytes) * 1.2f);
   if (target <= toAppSize) return;
   if (toAppSize != 0) target = std::max(target, 2 * toAppSize);
@@ -126,26 +135,54 @@ bool IpcInterface::EnsureSegment(std::uint64_t messageBytes) {
   return toAppBase != nullptr && messageBytes <= toAppSize;
 }
 
-void IpcInterface::OpenToPluginSide() {
-  const auto alive = [this] { return IsAlive(); };
-  requestReady = ManualEvent::Open(wire::kRequestReady, alive);
-  requestDone = ManualEvent::Open(wire::kRequestDone, alive);
-  if (toPluginBase != nullptr) return;
-  auto memory = std::make_unique<bi::shared_memory_object>(bi::open_only, wire::kToPluginSegment,
-                                                           bi::read_write);
-  auto region = std::make_unique<bi::mapped_region>(*memory, bi::read_write);
-  if (region->get_size() < sizeof(wire::RequestHeader)) return;
-  toPluginMemory = std::move(memory);
-  toPluginRegion = std::move(region);
-  toPluginBase = static_cast<std::byte*>(toPluginRegion->get_address());
+// False while the renderer has not made its side, or where what stands under its names is another
+// host's: its renderer makes them only after that host has taken the channel's names over.
+bool IpcInterface::OpenToPluginSide() {
+  if (requestReady && requestDone) return true;
+  if (!commandReady) return false;
+  const auto alive = [this] { return PeerAlive(); };
+  try {
+    requestReady = ManualEvent::Open(wire::kRequestReady, alive);
+    requestDone = ManualEvent::Open(wire::kRequestDone, alive);
+    if (StillOurs()) return true;
+  } catch (const std::exception&) {  // the renderer is not up yet
+  }
+  requestReady.reset();
+  requestDone.reset();
+  return false;
+}
+
+// Maps the renderer's segment, anew when it has grown or another one has taken its place. A mapping
+// reaches no further than its object, and reading behind an end that was moved would end the
+// process: false when there is no whole header to be read.
+bool IpcInterface::MapRequestSegment() {
+  bi::offset_t size = 0;
+  const std::optional<ObjectIdentity> named = IdentityOfObject(wire::kToPluginSegment);
+  if (toPluginMemory && (!named || named == toPluginIdentity) && toPluginMemory->get_size(size)) {
+    const auto mapped = static_cast<bi::offset_t>(toPluginRegion->get_size());
+    if (size <= mapped) return size == mapped;
+  }
+  try {
+    auto memory = std::make_unique<bi::shared_memory_object>(bi::open_only, wire::kToPluginSegment,
+                                                             bi::read_write);
+    auto region = std::make_unique<bi::mapped_region>(*memory, bi::read_write);
+    if (region->get_size() < sizeof(wire::RequestHeader)) return false;
+    toPluginMemory = std::move(memory);
+    toPluginRegion = std::move(region);
+    toPluginBase = static_cast<std::byte*>(toPluginRegion->get_address());
+    toPluginIdentity = named;
+    return true;
+  } catch (const bi::interprocess_exception&) {
+    return false;
+  }
 }
 
 void IpcInterface::ReleaseChannel() {
   const bool rendererGone = process.Id() > 0 && !process.Alive();
-  const bool ours = StillOurs();
+  const bool ours = ownProcess == CurrentProcessId() && StillOurs();
   pendingWait = false;
   pendingCommand = -1;
-  reloadOutstanding = false;
+  reloadsOutstanding = 0;
   {
     const std::lock_guard<std::mutex> lock(heldMutex);
     held.clear();
@@ -161,6 +198,7 @@ void IpcInterface::ReleaseChannel() {
   segmentReplaced.reset();
 
   toPluginBase = nullptr;
+  toPluginIdentity.reset();
   toPluginRegion.reset();
   toPluginMemory.reset();
   requestReady.reset();

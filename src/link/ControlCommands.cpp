@@ -63,8 +63,12 @@ void IpcInterface::PrepareRendering(bool reload) {
   wire::PrepareRendering record{};
   record.id = static_cast<std::uint32_t>(wire::CommandId::PrepareRendering);
   record.reload = reload ? 1 : 0;
-  const double elapsed = Send(CommandMessage(record), {});
-  LogLine("ipc PrepareRendering(reload=%d): %.1f ms", reload ? 1 : 0, elapsed);
+  SendTraits traits;
+  traits.sent = [](const std::byte* sent, double elapsedMs) {
+    LogLine("ipc PrepareRendering(reload=%d): %.1f ms",
+            std::to_integer<int>(sent[offsetof(wire::PrepareRendering, reload)]), elapsedMs);
+  };
+  Send(CommandMessage(record), traits);
 }
 
 // The renderer that reported a change of its own camera is not sent the reaction to it, once.
@@ -131,7 +135,9 @@ bool IpcInterface::GetLinkCamera() {
   const auto id = static_cast<std::uint32_t>(wire::CommandId::GetLinkCamera);
   std::memcpy(toAppBase, &id, sizeof id);
   const bool completed = Commit(true);
-  const bool linked = completed && toAppBase[0] != std::byte{0};
+  // The answer takes the place of the record's first byte; where that still stands, none was given.
+  const auto answer = std::to_integer<std::uint32_t>(toAppBase[0]);
+  const bool linked = completed && answer != id && answer != 0;
   SendHeld();
   return linked;
 }

@@ -1,12 +1,9 @@
-// How one command is handed over and waited for, and how commands wait for each other.
+// How one command is handed over and waited for.
 
 #include "link/IpcInterface.h"
 
 #include <cstdio>
 #include <cstring>
-
-#include <boost/interprocess/exceptions.hpp>
-#include <wx/string.h>
 
 #include "link/IpcStats.h"
 #include "link/Sending.h"
@@ -19,8 +16,11 @@ namespace quellix {
 namespace {
 
 constexpr std::uint32_t kSliceMs = 10;
-constexpr double kReloadGraceMs = 100.0;
 constexpr int kReportSeconds = 10;
+
+// How long the end of a reload that the renderer was only told of is waited for before the next
+// command is written. A renderer that takes its commands one by one would not take it sooner.
+constexpr double kReloadGraceMs = 1000.0;
 
 // The plug-in goes on only after the renderer has finished these: it needs an answer, a closed
 // renderer or a released view.
@@ -38,37 +38,14 @@ bool IsPipelined(std::uint32_t id) {
 
 }  // namespace
 
-IpcInterface::SendScope::SendScope(IpcInterface& owner, bool mayWait) : link(owner) {
-  const std::thread::id self = std::this_thread::get_id();
-  const bool inCallback = self == link.hostThread && link.serving;
-  if (!inCallback && mayWait) {
-    link.sendLock.Enter();
-  } else if (!inCallback) {
-    if (!link.sendLock.TryEnter()) return;
-  } else if (link.sendOwner.load(std::memory_order_relaxed) == self || !link.sendLock.TryEnter()) {
-    return;
-  } else if (link.InFlight()) {
-    link.sendLock.Leave();
-    return;
-  }
-  owns = true;
-  link.sendOwner.store(self, std::memory_order_relaxed);
-}
-
-IpcInterface::SendScope::~SendScope() {
-  if (!owns) return;
-  link.sendOwner.store(std::thread::id(), std::memory_order_relaxed);
-  link.sendLock.Leave();
-}
-
 bool IpcInterface::IsAlive() const {
-  return !ended && process.Alive();
+  return !ended && process.Alive() && ownProcess == CurrentProcessId();
 }
 
 // Asking the system costs as much as a small command's way to the renderer and back, so it is asked
 // once in a tick of the clock.
 bool IpcInterface::SeenAlive() {
-  if (ended) return false;
+  if (ended || ownProcess != CurrentProcessId()) return false;
   const std::uint64_t tick = CoarseTick();
   if (aliveTick.load(std::memory_order_relaxed) == tick) return true;
   if (!IsAlive()) return false;
@@ -85,69 +62,6 @@ bool IpcInterface::LaunchApp(const std::string& directory) {
   return true;
 }
 
-double IpcInterface::Send(const CommandMessage& message, const SendTraits& traits) {
-  if (!SeenAlive()) return 0.0;
-  const SendScope scope(*this);
-  if (!scope.Owns()) {
-    Hold(message, traits);
-    return 0.0;
-  }
-  // The renderer may have died, or said that it quits, during that wait.
-  const bool completed = FlushPending();
-  if (ended || (!completed && !IsAlive())) return 0.0;
-  if (traits.isProgress && !AdmitProgress(message.Record())) return 0.0;
-  if (traits.grows) {
-    if (traits.countBytes && PerfLogEnabled()) StatsAddBytes(message.Id(), message.Size());
-    const std::uint64_t sizeBefore = toAppSize;
-    ExpandSharedMemory(message.Size());
-    if (ended || (toAppSize != sizeBefore && !IsAlive())) return 0.0;
-  } else if (!EnsureSegment(message.Size())) {
-    LogLine("%s: left out, its %llu bytes have no room", wire::CommandName(message.Id()),
-            static_cast<unsigned long long>(message.Size()));
-    return kLeftOut;
-  }
-  message.WriteTo(toAppBase);
-  if (traits.digest != nullptr) traits.digest(traits.digestContext);
-
-  const Stopwatch watch;
-  Commit(traits.wait);
-  const double elapsed = watch.Ms();
-  if (!pendingWait && !reloadOutstanding) SendHeld();
-  return elapsed;
-}
-
-void IpcInterface::Hold(const CommandMessage& message, const SendTraits& traits) {
-  HeldCommand command{std::vector<std::byte>(message.Size()), traits.wait, traits.isProgress};
-  message.WriteTo(command.bytes.data());
-  const std::lock_guard<std::mutex> lock(heldMutex);
-  held.push_back(std::move(command));
-  anyHeld = true;
-}
-
-bool IpcInterface::TakeHeld(HeldCommand& command) {
-  if (!anyHeld) return false;
-  const std::lock_guard<std::mutex> lock(heldMutex);
-  if (held.empty()) return false;
-  command = std::move(held.front());
-  held.pop_front();
-  anyHeld = !held.empty();
-  return true;
-}
-
-// Under the send lock and with nothing in flight. Commands that callbacks add meanwhile are sent
-// too; a renderer that is gone gets none.
-void IpcInterface::SendHeld() {
-  if (!anyHeld) return;
-  HeldCommand command;
-  while (TakeHeld(command)) {
-    if (!IsAlive() || !EnsureSegment(command.bytes.size())) continue;
-    if (command.isProgress && !AdmitProgress(command.bytes.data())) continue;
-    std::memcpy(toAppBase, command.bytes.data(), command.bytes.size());
-    Commit(command.wait);
-    AwaitOutstanding();
-  }
-}
-
 bool IpcInterface::Commit(bool wait) {
   std::uint32_t command = 0xFFFFFFFF;
   if (toAppBase != nullptr) std::memcpy(&command, toAppBase, sizeof command);
@@ -155,7 +69,7 @@ bool IpcInterface::Commit(bool wait) {
   const Stopwatch watch;
   commandReady->Set();
   if (!wait) {
-    reloadOutstanding = true;
+    ++reloadsOutstanding;
     return true;
   }
   if (IpcPipelineEnabled() && IsPipelined(command)) {
@@ -172,19 +86,28 @@ bool IpcInterface::Commit(bool wait) {
   return completed;
 }
 
-void IpcInterface::EndIfInterrupted() {
-  if (ended || receiver == nullptr || std::this_thread::get_id() != hostThread) return;
-  if (receiver->Interrupted()) ended = true;
+// A signal's handler may run in there, and may send.
+bool IpcInterface::AskInterrupted() {
+  if (receiver == nullptr) return false;
+  const NestedRuby nested(*this, sends == Sends::Held ? Sends::Held : Sends::WhenFree);
+  return receiver->Interrupted();
 }
 
-// False when the renderer was gone, or the wait given up, before it had finished.
-bool IpcInterface::WaitCompletion() {
-  const bool onHost = std::this_thread::get_id() == hostThread;
-  bool completed = commandDone->Take(kSliceMs);
+void IpcInterface::EndIfInterrupted() {
+  if (ended || std::this_thread::get_id() != hostThread) return;
+  if (AskInterrupted() && NowMs() >= patienceEnds) ended = true;
+}
+
+// Waits until `done` holds, which itself waits up to a slice, and lets the renderer's requests
+// through meanwhile. False when the renderer has gone before, or the wait was given up.
+template <class Done>
+bool IpcInterface::AwaitInSlices(Done&& done) {
   // Most commands are finished by now, and no time is read for them.
-  const double start = completed ? 0.0 : NowMs() - kSliceMs;
+  if (done()) return true;
+  const bool onHost = std::this_thread::get_id() == hostThread;
+  const double start = NowMs() - kSliceMs;
   int lastReport = 0;
-  while (!completed && IsAlive()) {
+  while (IsAlive()) {
     if (onHost) ServeRequest();
     EndIfInterrupted();
     const int seconds = static_cast<int>((NowMs() - start) / 1000.0);
@@ -193,10 +116,35 @@ bool IpcInterface::WaitCompletion() {
       std::fprintf(stderr, "[IPC] WaitCompletion: waiting %ds for KvApp\n", seconds);
       std::fflush(stderr);
     }
-    completed = commandDone->Take(kSliceMs);
+    if (done()) return true;
   }
+  return false;
+}
+
+// False when the renderer was gone, or the wait given up, before it had finished.
+bool IpcInterface::WaitCompletion() {
+  double settledAt = 0.0;
+  const bool completed = AwaitInSlices([&] { return TakeCompletion(settledAt); });
   if (!completed) commandDone->Reset();
   return completed;
+}
+
+// One look, up to a slice long, for the completion of the command that was written last. Where the
+// renderer still owes that of a reload, one that comes before it has taken the command is the
+// reload's. One that is found after may be either's, or both in one: a second is given until
+// `settledAt` to come.
+bool IpcInterface::TakeCompletion(double& settledAt) {
+  const bool owed = reloadsOutstanding > 0;
+  const bool takenBefore = owed && !commandReady->Wait(0);
+  if (commandDone->Take(kSliceMs)) {
+    if (!owed) return true;
+    --reloadsOutstanding;
+    if (!commandReady->Wait(0)) settledAt = NowMs() + kReloadGraceMs;
+    return false;
+  }
+  // It took a command without having completed the reload, so it owes nothing.
+  if (takenBefore) reloadsOutstanding = 0;
+  return settledAt > 0.0 && NowMs() >= settledAt;
 }
 
 // False when something was waited for and not seen completed, so that the renderer may be gone.
@@ -206,50 +154,47 @@ bool IpcInterface::FlushPending() {
   return completed;
 }
 
-// Nothing is in flight afterwards, except a ReloadFromPlugin that the renderer did not acknowledge
-// in time: what it does with that late is not to be taken for the end of a later command, so it is
-// given a moment.
-bool IpcInterface::AwaitOutstanding() {
-  bool completed = true;
-  if (pendingWait) {
-    pendingWait = false;
-    const Stopwatch watch;
-    completed = WaitCompletion();
-    if (PerfLogEnabled()) {
-      StatsAddWait(static_cast<std::uint32_t>(pendingCommand), watch.Microseconds());
-    }
-    pendingCommand = -1;
+bool IpcInterface::AwaitPending() {
+  if (!pendingWait) return true;
+  pendingWait = false;
+  const Stopwatch watch;
+  const bool completed = WaitCompletion();
+  if (PerfLogEnabled()) {
+    StatsAddWait(static_cast<std::uint32_t>(pendingCommand), watch.Microseconds());
   }
-  if (reloadOutstanding) {
-    const bool onHost = std::this_thread::get_id() == hostThread;
-    const double start = NowMs();
-    completed = commandDone->Wait(kSliceMs);
-    while (!completed && IsAlive() && NowMs() - start < kReloadGraceMs) {
-      if (onHost) ServeRequest();
-      EndIfInterrupted();
-      completed = commandDone->Wait(kSliceMs);
-    }
-    commandDone->Reset();
-    reloadOutstanding = false;
-  }
+  pendingCommand = -1;
   return completed;
+}
+
+// The segment may be written afterwards.
+bool IpcInterface::AwaitOutstanding() {
+  const bool completed = AwaitPending();
+  return (reloadsOutstanding == 0 || AwaitReloadTaken()) && completed;
+}
+
+// A reload is not waited for when it is sent, but written over it would be lost: only once the
+// renderer has taken it does the next command follow, and mostly once it has completed it.
+bool IpcInterface::AwaitReloadTaken() {
+  double graceEnds = 0.0;
+  return AwaitInSlices([&] {
+    const bool completed = commandDone->Take(kSliceMs);
+    const bool taken = !commandReady->Wait(0);
+    // A reload that was not taken yet is not what was completed.
+    if (completed && reloadsOutstanding > (taken ? 0 : 1)) --reloadsOutstanding;
+    if (reloadsOutstanding == 0) return true;
+    if (taken && graceEnds == 0.0) graceEnds = NowMs() + kReloadGraceMs;
+    return taken && NowMs() >= graceEnds;
+  });
 }
 
 // Under the send lock.
 bool IpcInterface::InFlight() {
-  return (pendingWait || reloadOutstanding) && commandDone && !commandDone->Wait(0) && IsAlive();
-}
-
-bool IpcInterface::WouldHold() {
-  if (!serving) return false;
-  const SendScope scope(*this);
-  return !scope.Owns();
+  return pendingWait && commandDone && !commandDone->Wait(0) && IsAlive();
 }
 
 void IpcInterface::PollToPlugin() {
   ServeRequest();
-  if (serving || ended || (receiver != nullptr && receiver->Interrupted())) return;
-  if (!anyHeld) return;
+  if (serving || ended || !anyHeld || AskInterrupted()) return;
   // Another thread that holds the lock sends them itself, with its next command at the latest.
   const SendScope scope(*this, /*mayWait=*/false);
   if (scope.Owns()) FlushPending();

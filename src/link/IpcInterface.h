@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,7 +20,9 @@
 #include "link/ManualEvent.h"
 #include "link/RendererProcess.h"
 #include "link/RequestReceiver.h"
+#include "link/SceneDigest.h"
 #include "link/SceneRecords.h"
+#include "link/SharedObjects.h"
 #include "link/WireRecords.h"
 
 namespace quellix {
@@ -29,10 +32,12 @@ namespace quellix {
 //
 // Senders may be called from any thread; the send lock makes each command whole. A command for a
 // renderer that is not alive is dropped. Everything else, and PollToPlugin above all, belongs to
-// the host thread: the one that called OpenChannel.
+// the host thread: the one that called OpenChannel, or BecomeHostThread since.
 //
-// A callback that PollToPlugin makes may itself send. While a command is in flight (signalled and
-// not yet completed) such a command is held and goes out, in order, right after that one.
+// A callback that PollToPlugin makes may itself send. When nothing was in flight as its request was
+// taken, its commands go out like any others. When the request interrupted a command (signalled and
+// not yet completed), they are held and go out, in order, right after that one. The same holds for
+// what a signal handler sends that Ruby runs inside a wait.
 class IpcInterface {
  public:
   IpcInterface() = default;
@@ -48,7 +53,8 @@ class IpcInterface {
   // Starts the renderer; shows the error box and returns false when it does not start. Host thread.
   bool LaunchApp(const std::string& directory);
 
-  // True while the renderer's process exists and has not announced its end. Any thread.
+  // True while the renderer's process exists and has not announced its end; never in a process
+  // that was forked off the one that opened the channel. Any thread.
   bool IsAlive() const;
 
   // Asks the renderer to close and returns when it has acknowledged, or is gone. Host thread.
@@ -60,9 +66,12 @@ class IpcInterface {
   void AwaitAttachment();
 
   // Gives up every shared object of our end, and what a renderer that is gone left of its own;
-  // names that another host has taken over since are left to it. No sender may be inside. Host
-  // thread.
+  // names that another host has taken over since, or that belong to the process that this one was
+  // forked off, are left alone. No sender may be inside. Host thread.
   void ReleaseChannel();
+
+  // The calling thread is the host thread from here on. While no other thread uses the link.
+  void BecomeHostThread() { hostThread = std::this_thread::get_id(); }
 
   // The renderer's id; 0 or less when there is none.
   std::int32_t ProcessId() const { return process.Id(); }
@@ -72,8 +81,9 @@ class IpcInterface {
   // as soon as nobody uses it.
   bool Ended() const { return ended; }
 
-  // Ends the link when the receiver wants waits to be given up. Any thread; only the host thread
-  // asks the receiver.
+  // Ends the link when the receiver wants waits to be given up. After a callback that ended like
+  // that, what is in flight is given a moment first: the renderer goes on once its request is
+  // acknowledged, and the link stays. Any thread; only the host thread asks the receiver.
   void EndIfInterrupted();
 
   // Takes the renderer's request, if there is one, has the receiver answer it and acknowledges it;
@@ -81,8 +91,8 @@ class IpcInterface {
   // thread. Host thread.
   void PollToPlugin();
 
-  // True while a request is being served and a command is in flight, so that a command sent from
-  // the callback would be held. Host thread.
+  // True when a command that the calling thread sent now would be held: in a callback or a signal
+  // handler that interrupted another command. Host thread.
   bool WouldHold();
 
   // Scene content.
@@ -127,8 +137,12 @@ class IpcInterface {
 
  private:
   class SendScope;
+  class NestedRuby;
 
-  using DigestFunction = void (*)(const void* context);
+  using DigestFunction = DigestEntries (*)(const void* context);
+  // Told of a command that has gone out, with its record and the milliseconds that Commit took (0
+  // without the timing log).
+  using SentFunction = void (*)(const std::byte* record, double elapsedMs);
 
   // How a command is sent, beside its bytes.
   struct SendTraits {
@@ -138,41 +152,59 @@ class IpcInterface {
     DigestFunction digest = nullptr;
     const void* digestContext = nullptr;
     bool isProgress = false;  // goes out only when it differs enough from the last one
+    SentFunction sent = nullptr;
   };
 
+  // A whole message, and all that its sender wanted of it.
   struct HeldCommand {
     std::vector<std::byte> bytes;
-    bool wait;
-    bool isProgress;
+    SendTraits traits;
+    DigestEntries digest;
   };
 
-  static constexpr double kLeftOut = -1.0;
+  // How the host thread sends while Ruby code runs inside the link.
+  enum class Sends {
+    Normally,
+    WhenFree,  // held while another thread sends or a command is in flight
+    Held
+  };
 
-  // The one way of every command. Returns the milliseconds that Commit took, 0 without the
-  // timing log, or kLeftOut.
-  double Send(const CommandMessage& message, const SendTraits& traits);
+  // The one way of every command. False when it was left out although the renderer lives.
+  bool Send(const CommandMessage& message, const SendTraits& traits);
   void SendPlain(wire::CommandId id, bool wait);
   void SendText(wire::CommandId id, const std::string& text);
   void Hold(const CommandMessage& message, const SendTraits& traits);
   void SendHeld();
+  void SendOneHeld(const HeldCommand& command);
   bool TakeHeld(HeldCommand& command);
+  bool MakeRoom(std::uint32_t command, std::uint64_t messageBytes, const SendTraits& traits);
+  void Deliver(const std::byte* record, const SendTraits& traits);
   bool EnsureSegment(std::uint64_t messageBytes);
   bool AdmitProgress(const std::byte* record);
 
   bool Commit(bool wait);
   bool WaitCompletion();
+  bool TakeCompletion(double& lateBy);
   bool FlushPending();
+  bool AwaitPending();
   bool AwaitOutstanding();
+  bool AwaitReloadTaken();
+  template <class Done>
+  bool AwaitInSlices(Done&& done);
   bool SeenAlive();
   bool InFlight();
+  bool AskInterrupted();
   void AcknowledgeMemoryDestroyed();
   void CreateEvents();
   bool StillOurs() const;
+  bool PeerAlive();
 
-  void OpenToPluginSide();
+  bool OpenToPluginSide();
+  bool MapRequestSegment();
   void ServeRequest();
-  bool RequestSegmentWhole() const;
+  bool RequestInterrupts();
   void HandleRequest(std::uint32_t code);
+  void SetRequired(std::uint64_t required);
   bool AnswerFits(std::uint64_t required);
   std::uint64_t Capacity() const;
   bool ReadName(std::uint64_t offsetField, std::string& name) const;
@@ -189,10 +221,10 @@ class IpcInterface {
   void HandleRemoveAttribute();
   void HandleSetUsePbr();
   void HandleSuVersion();
-  void HandleQuit();
 
   RequestReceiver* receiver = nullptr;
   std::thread::id hostThread;
+  std::uint32_t ownProcess = 0;  // the one that opened the channel
 
   std::unique_ptr<ManualEvent> commandReady;
   std::unique_ptr<ManualEvent> commandDone;
@@ -207,6 +239,7 @@ class IpcInterface {
   std::unique_ptr<boost::interprocess::shared_memory_object> toPluginMemory;
   std::unique_ptr<boost::interprocess::mapped_region> toPluginRegion;
   std::byte* toPluginBase = nullptr;
+  std::optional<ObjectIdentity> toPluginIdentity;
 
   RendererProcess process;
   std::atomic<bool> ended{false};
@@ -218,9 +251,13 @@ class IpcInterface {
   float lastProgress = -1.0f;
   bool pendingWait = false;
   std::int32_t pendingCommand = -1;
-  bool reloadOutstanding = false;  // a ReloadFromPlugin whose completion nobody has seen
+  int reloadsOutstanding = 0;  // ReloadFromPlugin commands whose completion nobody has seen
 
-  bool serving = false;  // a request is being served; host thread only
+  // Host thread only.
+  bool serving = false;  // a request is being served
+  Sends sends = Sends::Normally;
+  double patienceEnds = 0.0;  // until then an interrupted callback does not end the link
+
   std::mutex heldMutex;
   std::deque<HeldCommand> held;
   std::atomic<bool> anyHeld{false};  // so that a command without company need not lock

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,21 +29,26 @@ struct ShadowInfo {
 // not tell, and the request is then acknowledged without one.
 class RequestReceiver {
  public:
+  // Asked once the size of an answer is known, before it is converted: false when there is no room
+  // for so many scenes, or bytes, and no answer is wanted.
+  using Room = std::function<bool(std::uint64_t)>;
+
   virtual ~RequestReceiver() = default;
 
   virtual void OnReload() = 0;
   virtual void OnCameraChangedByGui(const std::array<float, 10>& camera) = 0;
   virtual void OnRendererQuit() = 0;
   virtual void OnDatetimeUpdated(const std::array<std::int32_t, 6>& dateTime) = 0;
-  virtual std::vector<SceneInfo> OnGetScenes() = 0;
+  virtual std::vector<SceneInfo> OnGetScenes(const Room& forScenes) = 0;
   virtual std::optional<std::array<float, 13>> OnRequestCameraInfo() = 0;
   virtual std::optional<ShadowInfo> OnRequestShadowInfo() = 0;
   virtual std::optional<bool> ModelOutOfSync() = 0;
 
   // Parameters travel as integers: the byte count, then the bytes as little-endian 32-bit words,
-  // the last one filled with zeros.
+  // the last one filled with zeros. What is loaded has as many words as its byte count says.
   virtual void SaveParameters(const std::string& name, const std::vector<std::int64_t>& words) = 0;
-  virtual std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name) = 0;
+  virtual std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name,
+                                                                   const Room& forBytes) = 0;
 
   virtual void RemoveAttribute(const std::string& name) = 0;
   virtual void SetUsePbr(bool usePbr) = 0;

@@ -5,10 +5,12 @@
 #include "link/IpcInterface.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <limits>
 
+#include "link/Sending.h"
 #include "support/TimingLog.h"
 
 namespace quellix {
@@ -16,6 +18,12 @@ namespace quellix {
 namespace {
 
 constexpr std::uint64_t kBody = sizeof(wire::RequestHeader);
+
+// How long a command that the next request finds unfinished is given before it counts as waiting
+// for the answer.
+constexpr std::uint32_t kFinishMs = 20;
+// How long a command in flight is given to finish after a callback that was interrupted.
+constexpr double kPatienceMs = 500.0;
 
 // The bytes of a scene's name that its record has room for, cut at a whole UTF-8 character.
 std::size_t FittingNameBytes(const std::string& name, std::size_t room) {
@@ -42,19 +50,16 @@ wire::SceneRecord PackScene(const SceneInfo& scene) {
 }  // namespace
 
 void IpcInterface::ServeRequest() {
-  if (serving || ended || receiver == nullptr) return;
-  if (!requestReady || !requestDone) {
-    try {
-      OpenToPluginSide();
-    } catch (const std::exception&) {
-      // The renderer has not made its side yet.
-      requestReady.reset();
-      requestDone.reset();
-      return;
-    }
+  if (serving || receiver == nullptr || !SeenAlive()) return;
+  if (!OpenToPluginSide() || !requestReady->Wait(0)) return;
+  if (!StillOurs()) {
+    LogLine("a request is left alone: the channel belongs to another host now");
+    ended = true;
+    return;
   }
-  if (toPluginBase == nullptr || !requestReady->Wait(0) || !RequestSegmentWhole()) return;
+  if (!MapRequestSegment()) return;
 
+  const NestedRuby nested(*this, RequestInterrupts() ? Sends::Held : Sends::Normally);
   serving = true;
   struct Done {
     bool& flag;
@@ -63,26 +68,38 @@ void IpcInterface::ServeRequest() {
   requestReady->Reset();
   std::uint32_t code = 0;
   std::memcpy(&code, toPluginBase, sizeof code);
-  if (code == static_cast<std::uint32_t>(wire::RequestCode::RendererQuit)) {
-    HandleQuit();
-    return;
+  // Whatever happens, the renderer gets its acknowledgement, or it would wait for ever.
+  try {
+    HandleRequest(code);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "[Quellix] request %u is not answered: %s\n", code, error.what());
+    std::fflush(stderr);
+    LogLine("request %u is not answered: %s", code, error.what());
+    SetRequired(0);
   }
-  HandleRequest(code);
   requestDone->Set();
+  // The link ends here; who owns it releases it once nobody is inside.
+  if (code == static_cast<std::uint32_t>(wire::RequestCode::RendererQuit)) ended = true;
+  if (receiver->Interrupted()) patienceEnds = NowMs() + kPatienceMs;
 }
 
-// A mapping reaches no further than its object: reading behind an end that was moved would end the
-// process.
-bool IpcInterface::RequestSegmentWhole() const {
-  boost::interprocess::offset_t size = 0;
-  return toPluginMemory->get_size(size) &&
-         static_cast<std::uint64_t>(size) >= toPluginRegion->get_size();
+// Whether the renderer may be waiting for the answer before it finishes a command. One that is
+// merely not finished yet is given a moment.
+bool IpcInterface::RequestInterrupts() {
+  const SendScope scope(*this, /*mayWait=*/false);
+  if (!scope.Owns()) return true;
+  if (!pendingWait) return false;
+  if (!commandDone->Wait(kFinishMs)) return true;
+  AwaitPending();
+  return false;
 }
 
 void IpcInterface::HandleRequest(std::uint32_t code) {
   switch (static_cast<wire::RequestCode>(code)) {
     case wire::RequestCode::Reload:
       return receiver->OnReload();
+    case wire::RequestCode::RendererQuit:
+      return receiver->OnRendererQuit();
     case wire::RequestCode::CameraChanged:
       return HandleCameraChanged();
     case wire::RequestCode::DateTimeUpdated:
@@ -114,22 +131,20 @@ void IpcInterface::HandleRequest(std::uint32_t code) {
   }
 }
 
-// The link ends here; who owns it releases it once nobody is inside.
-void IpcInterface::HandleQuit() {
-  receiver->OnRendererQuit();
-  requestDone->Set();
-  ended = true;
-}
-
 std::uint64_t IpcInterface::Capacity() const {
   std::uint64_t capacity = 0;
   std::memcpy(&capacity, toPluginBase + offsetof(wire::RequestHeader, capacity), sizeof capacity);
   return std::min<std::uint64_t>(capacity, toPluginRegion->get_size());
 }
 
+void IpcInterface::SetRequired(std::uint64_t required) {
+  std::memcpy(toPluginBase + offsetof(wire::RequestHeader, required), &required, sizeof required);
+}
+
+// Announces the answer's end. False, with the renderer told so, when there is no room up to there.
 bool IpcInterface::AnswerFits(std::uint64_t required) {
   const std::uint64_t capacity = Capacity();
-  std::memcpy(toPluginBase + offsetof(wire::RequestHeader, required), &required, sizeof required);
+  SetRequired(required);
   if (capacity >= required) return true;
   const auto code = static_cast<std::uint32_t>(wire::RequestCode::ReplyTooLarge);
   std::memcpy(toPluginBase, &code, sizeof code);
@@ -178,10 +193,15 @@ void IpcInterface::HandleDatetimeUpdated() {
 }
 
 void IpcInterface::HandleGetScenes() {
-  const std::vector<SceneInfo> scenes = receiver->OnGetScenes();
-  if (scenes.empty()) return;
   constexpr std::uint64_t kTable = kBody + sizeof(wire::ScenesAnswer);
-  if (!AnswerFits(kTable + sizeof(wire::SceneRecord) * scenes.size())) return;
+  bool fits = false;
+  const std::vector<SceneInfo> scenes = receiver->OnGetScenes([&](std::uint64_t count) {
+    return fits = AnswerFits(kTable + sizeof(wire::SceneRecord) * count);
+  });
+  if (scenes.empty() || !fits) {
+    if (fits) SetRequired(0);
+    return;
+  }
   wire::ScenesAnswer answer{};
   answer.tableOffset = kTable;
   answer.count = static_cast<std::uint32_t>(scenes.size());
@@ -197,15 +217,15 @@ void IpcInterface::HandleGetScenes() {
 void IpcInterface::HandleCameraInfo() {
   // The answer's last float ends at 76; the renderer reserves up to 80.
   if (!AnswerFits(80)) return;
-  if (const auto camera = receiver->OnRequestCameraInfo()) {
-    WriteAnswer(kBody, camera->data(), sizeof *camera);
-  }
+  const auto camera = receiver->OnRequestCameraInfo();
+  if (!camera) return SetRequired(0);
+  WriteAnswer(kBody, camera->data(), sizeof *camera);
 }
 
 void IpcInterface::HandleShadowInfo() {
   if (!AnswerFits(kBody + sizeof(wire::ShadowInfoAnswer))) return;
   const auto shadow = receiver->OnRequestShadowInfo();
-  if (!shadow) return;
+  if (!shadow) return SetRequired(0);
   wire::ShadowInfoAnswer answer{};
   std::copy(shadow->values.begin(), shadow->values.end(), answer.values);
   std::copy(shadow->integers.begin(), shadow->integers.end(), answer.integers);
@@ -214,17 +234,17 @@ void IpcInterface::HandleShadowInfo() {
 
 void IpcInterface::HandleBool(std::optional<bool> (RequestReceiver::*question)()) {
   if (!AnswerFits(32)) return;
-  if (const std::optional<bool> answer = (receiver->*question)()) {
-    const std::uint8_t byte = *answer ? 1 : 0;
-    WriteAnswer(kBody, &byte, sizeof byte);
-  }
+  const std::optional<bool> answer = (receiver->*question)();
+  if (!answer) return SetRequired(0);
+  const std::uint8_t byte = *answer ? 1 : 0;
+  WriteAnswer(kBody, &byte, sizeof byte);
 }
 
 void IpcInterface::HandleSuVersion() {
   if (!AnswerFits(32)) return;
-  if (const std::optional<std::uint64_t> version = receiver->GetSuVersion()) {
-    WriteAnswer(kBody, &*version, sizeof *version);
-  }
+  const std::optional<std::uint64_t> version = receiver->GetSuVersion();
+  if (!version) return SetRequired(0);
+  WriteAnswer(kBody, &*version, sizeof *version);
 }
 
 void IpcInterface::HandleSaveParameters() {
@@ -252,17 +272,15 @@ void IpcInterface::HandleSaveParameters() {
 void IpcInterface::HandleLoadParameters() {
   std::string name;
   if (!ReadName(kBody, name)) return;
-  const auto words = receiver->LoadParameters(name);
-  if (!words || words->empty()) return;
-  const std::uint64_t count = words->front();
-  const std::uint64_t wordsNeeded = 1 + (count + 3) / 4;
-  if (words->size() < wordsNeeded) {
-    LogLine("load_parameters: %llu bytes announced, but only %llu integers given",
-            static_cast<unsigned long long>(count), static_cast<unsigned long long>(words->size()));
+  constexpr std::uint64_t kData = kBody + sizeof(wire::LoadParametersAnswer);
+  bool fits = false;
+  const auto words = receiver->LoadParameters(
+      name, [&](std::uint64_t bytes) { return fits = AnswerFits(kData + bytes); });
+  if (!words || words->empty() || !fits) {
+    if (fits) SetRequired(0);
     return;
   }
-  constexpr std::uint64_t kData = kBody + sizeof(wire::LoadParametersAnswer);
-  if (!AnswerFits(kData + count)) return;
+  const std::uint64_t count = words->front();
   const wire::LoadParametersAnswer answer{kData, count};
   WriteAnswer(kBody, &answer, sizeof answer);
   const std::uint64_t whole = count / 4 * 4;

@@ -169,7 +169,7 @@ bool IpcInterface::AppendMesh(std::uint64_t meshId, const float transform[16],
   message.Blob(record.vertexOffset, vertexBlock.size, vertices)
       .Blob(record.triangleOffset, triangleBlock.size, triangles);
   const SceneDigest::Mesh digest{record, vertexBlock, triangleBlock};
-  return Send(message, {true, true, true, SceneDigest::OfMesh, &digest}) != kLeftOut;
+  return Send(message, {true, true, true, SceneDigest::OfMesh, &digest});
 }
 
 bool IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[16],
@@ -180,8 +180,7 @@ bool IpcInterface::InstanciateMesh(std::uint64_t meshId, const float transform[1
   record.meshId = meshId;
   std::copy_n(transform, 16, record.transform);
   record.cacheKey = cacheKey;
-  return Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record}) !=
-         kLeftOut;
+  return Send(CommandMessage(record), {false, true, false, SceneDigest::OfInstance, &record});
 }
 
 void IpcInterface::InstanciateMeshBatch(const std::vector<std::uint64_t>& ownerIds) {

@@ -6,8 +6,8 @@ namespace quellix {
 
 namespace {
 
-void Add(wire::CommandId id, const Fnv1a& hash) {
-  DigestAdd(static_cast<std::uint32_t>(id), hash.Value());
+DigestEntries One(wire::CommandId id, const Fnv1a& hash) {
+  return {id, {hash.Value()}};
 }
 
 // The bytes of a record from the end of the command id to the end of `lastField`.
@@ -34,8 +34,7 @@ void AddPixels(Fnv1a& hash, const TexturePixels& pixels) {
 
 }  // namespace
 
-void SceneDigest::OfMaterial(const void* material) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfMaterial(const void* material) {
   const auto& [record, values] = *static_cast<const Material*>(material);
   Fnv1a hash;
   AddFields(hash, record, record.hasTexture);
@@ -48,11 +47,10 @@ void SceneDigest::OfMaterial(const void* material) {
   hash.AddText(values.name);
   hash.AddText(values.materialType);
   AddPixels(hash, values.texture);
-  Add(wire::CommandId::AppendMaterial, hash);
+  return One(wire::CommandId::AppendMaterial, hash);
 }
 
-void SceneDigest::OfPbrMaterial(const void* material) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfPbrMaterial(const void* material) {
   const auto& [record, values] = *static_cast<const PbrMaterial*>(material);
   Fnv1a hash;
   AddFields(hash, record, record.hasBaseTexture);
@@ -72,27 +70,24 @@ void SceneDigest::OfPbrMaterial(const void* material) {
   AddPixels(hash, values.metallicTexture);
   AddPixels(hash, values.roughnessTexture);
   AddPixels(hash, values.normalTexture);
-  Add(wire::CommandId::AppendPBRMaterial, hash);
+  return One(wire::CommandId::AppendPBRMaterial, hash);
 }
 
-void SceneDigest::OfOmniLight(const void* record) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfOmniLight(const void* record) {
   const auto& light = *static_cast<const wire::AppendOmniLight*>(record);
   Fnv1a hash;
   AddFields(hash, light, light.position);
-  Add(wire::CommandId::AppendOmniLight, hash);
+  return One(wire::CommandId::AppendOmniLight, hash);
 }
 
-void SceneDigest::OfSpotLight(const void* record) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfSpotLight(const void* record) {
   const auto& light = *static_cast<const wire::AppendSpotLight*>(record);
   Fnv1a hash;
   AddFields(hash, light, light.wideBeamAngle);
-  Add(wire::CommandId::AppendSpotLight, hash);
+  return One(wire::CommandId::AppendSpotLight, hash);
 }
 
-void SceneDigest::OfMesh(const void* mesh) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfMesh(const void* mesh) {
   const auto& [record, vertices, triangles] = *static_cast<const Mesh*>(mesh);
   Fnv1a hash;
   hash.AddValue(record.transform);
@@ -102,36 +97,37 @@ void SceneDigest::OfMesh(const void* mesh) {
   hash.AddSized(triangles.bytes, triangles.size);
   hash.AddValue(record.pass);
   hash.AddValue(record.cacheKey);
-  Add(wire::CommandId::AppendMesh, hash);
+  return One(wire::CommandId::AppendMesh, hash);
 }
 
-void SceneDigest::OfInstance(const void* record) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfInstance(const void* record) {
   const auto& instance = *static_cast<const wire::InstanciateMesh*>(record);
   Fnv1a hash;
   hash.AddValue(instance.transform);
   hash.AddValue(instance.cacheKey);
-  Add(wire::CommandId::InstanciateMesh, hash);
+  return One(wire::CommandId::InstanciateMesh, hash);
 }
 
 // A cached owner counts as an element of its own, under the id that the catalogue keeps for it.
-void SceneDigest::OfOwners(const void* ownerIds) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfOwners(const void* ownerIds) {
+  DigestEntries entries{wire::CommandId::InstanciateMesh2, {}};
   for (const std::uint64_t owner : *static_cast<const std::vector<std::uint64_t>*>(ownerIds)) {
     Fnv1a hash;
     hash.AddValue(owner);
-    Add(wire::CommandId::InstanciateMesh2, hash);
+    entries.hashes.push_back(hash.Value());
   }
+  return entries;
 }
 
-void SceneDigest::OfCachedMaterials(const void* references) {
-  if (!DigestEnabled()) return;
+DigestEntries SceneDigest::OfCachedMaterials(const void* references) {
   const auto& list = *static_cast<const std::vector<wire::CachedMaterialReference>*>(references);
+  DigestEntries entries{wire::CommandId::AppendCachedMaterials, {}};
   for (const wire::CachedMaterialReference& reference : list) {
     Fnv1a hash;
     hash.AddValue(reference);
-    Add(wire::CommandId::AppendCachedMaterials, hash);
+    entries.hashes.push_back(hash.Value());
   }
+  return entries;
 }
 
 }  // namespace quellix

@@ -8,9 +8,15 @@
 
 namespace quellix {
 
+// What one command adds to the digest: hashes, and the id that they count under.
+struct DigestEntries {
+  wire::CommandId id{};
+  std::vector<std::uint64_t> hashes;
+};
+
 // What of each scene command goes into the digest: its content, and nothing that differs between
 // two sends of the same scene (offsets, texture names, mesh ids). Each function takes a pointer to
-// the type named beside it and does nothing while the digest is off. Under the send lock.
+// the type named beside it. Any thread.
 struct SceneDigest {
   struct Material {
     const wire::AppendMaterial& record;
@@ -30,14 +36,15 @@ struct SceneDigest {
     Block triangles;
   };
 
-  static void OfMaterial(const void* material);           // Material
-  static void OfPbrMaterial(const void* material);        // PbrMaterial
-  static void OfOmniLight(const void* record);            // wire::AppendOmniLight
-  static void OfSpotLight(const void* record);            // wire::AppendSpotLight
-  static void OfMesh(const void* mesh);                   // Mesh
-  static void OfInstance(const void* record);             // wire::InstanciateMesh
-  static void OfOwners(const void* ownerIds);             // std::vector<std::uint64_t>
-  static void OfCachedMaterials(const void* references);  // std::vector<CachedMaterialReference>
+  static DigestEntries OfMaterial(const void* material);     // Material
+  static DigestEntries OfPbrMaterial(const void* material);  // PbrMaterial
+  static DigestEntries OfOmniLight(const void* record);      // wire::AppendOmniLight
+  static DigestEntries OfSpotLight(const void* record);      // wire::AppendSpotLight
+  static DigestEntries OfMesh(const void* mesh);             // Mesh
+  static DigestEntries OfInstance(const void* record);       // wire::InstanciateMesh
+  static DigestEntries OfOwners(const void* ownerIds);       // std::vector<std::uint64_t>
+  static DigestEntries OfCachedMaterials(
+      const void* references);  // std::vector<CachedMaterialReference>
 };
 
 }  // namespace quellix

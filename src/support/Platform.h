@@ -9,7 +9,7 @@
 
 namespace quellix {
 
-// The id of this process, as the renderer's command line carries it.
+// The id of this process, as the renderer's command line carries it. Any thread.
 std::uint32_t CurrentProcessId();
 
 // A monotonic count that is a few times cheaper to read than a clock, and steps every 1 to 16

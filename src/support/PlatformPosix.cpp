@@ -1,7 +1,9 @@
 #include "support/Platform.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -10,8 +12,24 @@
 
 namespace quellix {
 
+namespace {
+
+std::atomic<std::uint32_t> processId{0};
+
+void ReadProcessId() {
+  processId.store(static_cast<std::uint32_t>(::getpid()), std::memory_order_relaxed);
+}
+
+}  // namespace
+
+// Asked with every command, so the system is only asked in each new process.
 std::uint32_t CurrentProcessId() {
-  return static_cast<std::uint32_t>(::getpid());
+  static const int watched = [] {
+    ReadProcessId();
+    return ::pthread_atfork(nullptr, nullptr, ReadProcessId);
+  }();
+  if (watched != 0) ReadProcessId();
+  return processId.load(std::memory_order_relaxed);
 }
 
 std::uint64_t CoarseTick() {

@@ -5,7 +5,6 @@
 
 #include <wx/app.h>
 #include <wx/init.h>
-#include <wx/thread.h>
 
 namespace quellix {
 
@@ -19,11 +18,6 @@ void EnsureWx() {
     return started;
   }();
   static_cast<void>(ready);
-}
-
-bool OnWxMainThread() {
-  EnsureWx();
-  return wxThread::IsMain();
 }
 
 }  // namespace quellix

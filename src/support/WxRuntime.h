@@ -6,8 +6,4 @@ namespace quellix {
 // Leaves the process's number format as it was. Host thread.
 void EnsureWx();
 
-// True on the thread that wxWidgets counts as the host's main one: the first to need it, if the
-// host does not run wxWidgets itself.
-bool OnWxMainThread();
-
 }  // namespace quellix

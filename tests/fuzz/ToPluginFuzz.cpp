@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <string>
@@ -17,8 +18,10 @@
 #include <boost/interprocess/mapped_region.hpp>
 #include <boost/interprocess/shared_memory_object.hpp>
 
+#include "IdleProgram.h"
 #include "Target.h"
 #include "link/IpcInterface.h"
+#include "support/Platform.h"
 
 namespace fuzz {
 
@@ -45,7 +48,8 @@ class Answers : public quellix::RequestReceiver {
   void OnDatetimeUpdated(const std::array<std::int32_t, 6>& time) override {
     Hear(&time, sizeof time);
   }
-  std::vector<quellix::SceneInfo> OnGetScenes() override {
+  std::vector<quellix::SceneInfo> OnGetScenes(const Room& forScenes) override {
+    if (kind % 3 != 0 && !forScenes(kind)) return {};
     std::vector<quellix::SceneInfo> scenes(kind);
     for (quellix::SceneInfo& scene : scenes) scene.name = std::string(kind % 40, '\xe5');
     return scenes;
@@ -65,11 +69,14 @@ class Answers : public quellix::RequestReceiver {
             "parameters are as many words as their byte count says");
     Hear(words.data(), words.size() * sizeof words[0]);
   }
-  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name) override {
+  std::optional<std::vector<std::uint32_t>> LoadParameters(const std::string& name,
+                                                           const Room& forBytes) override {
     Hear(name.data(), name.size());
     static const std::uint32_t counts[] = {0, 1, 3, 4, 5, 100, 8152, 8153, 0x7fffffff, 0xffffffff};
-    std::vector<std::uint32_t> words(kind % 7 == 0 ? 0 : kind * 9);
-    if (!words.empty()) words[0] = counts[kind % std::size(counts)];
+    const std::uint64_t count = counts[kind % std::size(counts)];
+    if (kind % 7 == 0 || !forBytes(count)) return std::nullopt;
+    std::vector<std::uint32_t> words(1 + (count + 3) / 4 + kind % 2);
+    words[0] = static_cast<std::uint32_t>(count);
     return words;
   }
   void RemoveAttribute(const std::string& name) override { Hear(name.data(), name.size()); }
@@ -90,7 +97,10 @@ class Answers : public quellix::RequestReceiver {
 class Peer {
  public:
   Peer() {
-    Require(link_.OpenChannel(&answers), "the channel opens");
+    folder_ = std::filesystem::temp_directory_path() /
+              ("toplugin-fuzz-" + std::to_string(quellix::CurrentProcessId()));
+    quellix::MakeIdleProgram(folder_);
+    Require(link_.OpenChannel(&answers) && link_.LaunchApp(folder_.string()), "the channel opens");
     bi::shared_memory_object::remove(wire::kToPluginSegment);
     bi::shared_memory_object memory(bi::create_only, wire::kToPluginSegment, bi::read_write);
     memory.truncate(kSegment);
@@ -98,7 +108,10 @@ class Peer {
     const auto alive = [] { return true; };
     ready_ = quellix::ManualEvent::Create(wire::kRequestReady, alive);
     done_ = quellix::ManualEvent::Create(wire::kRequestDone, alive);
+    // A first request, of no known code, has the segment mapped.
+    ready_->Set();
     link_.PollToPlugin();
+    Require(done_->Wait(0) && done_->Reset(), "the first request is acknowledged");
     GuardMappings();
     changer_ = std::thread([this] { Change(); });
   }
@@ -110,6 +123,7 @@ class Peer {
     bi::shared_memory_object::remove(wire::kToPluginSegment);
     quellix::ManualEvent::Remove(wire::kRequestReady);
     quellix::ManualEvent::Remove(wire::kRequestDone);
+    std::filesystem::remove_all(folder_);
   }
 
   void Ask(const std::uint8_t* data, std::size_t size, std::uint8_t fill, bool changing) {
@@ -175,6 +189,7 @@ class Peer {
     }
   }
 
+  std::filesystem::path folder_;
   quellix::IpcInterface link_;
   bi::mapped_region region_;
   std::unique_ptr<quellix::ManualEvent> ready_;

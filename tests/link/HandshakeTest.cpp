@@ -134,6 +134,73 @@ TEST_F(Handshake, WhatAnIdlePollHoldsIsSentByThatPoll) {
   EXPECT_EQ(Ids(Received()), (std::vector<int>{14, 16, 17, 16, 2}));
 }
 
+// Commands from a callback at rest are commands like any others: awaited, answered, in order.
+class CallingReceiver : public SilentReceiver {
+ public:
+  explicit CallingReceiver(IpcInterface& linkToUse) : link(linkToUse) {}
+  void OnReload() override {
+    held = link.WouldHold();
+    link.SetMessage("first");
+    linked = link.GetLinkCamera();
+    link.SetMessage("second");
+    heldAtTheEnd = link.WouldHold();
+    ++calls;
+  }
+  IpcInterface& link;
+  int calls = 0;
+  bool held = true;
+  bool heldAtTheEnd = true;
+  bool linked = false;
+};
+
+TEST_F(Handshake, ACallbackAtRestSendsAsAnyOther) {
+  CallingReceiver caller(link);
+  // The command before it is still being worked on when the request is found, but not because of
+  // it.
+  Start(R"([{"command": "SetModelName", "link_camera": true, "delay_ms": 2,
+             "request": {"code": 102, "wait": false}}])",
+        &caller);
+  for (int i = 0; i < 500 && caller.calls == 0; ++i) {
+    if (i == 0) link.SetModelName("model");
+    std::this_thread::sleep_for(milliseconds(1));
+    link.PollToPlugin();
+  }
+  ASSERT_EQ(caller.calls, 1);
+  EXPECT_FALSE(caller.held || caller.heldAtTheEnd);
+  EXPECT_TRUE(caller.linked);
+  EXPECT_EQ(Ids(Received()), (std::vector<int>{14, 16, 18, 16, 2}));
+  EXPECT_EQ(Report()["faultCount"], 0);
+}
+
+// However long the renderer takes for a reload that it was only told of, the end of it is not taken
+// for that of a later command: no answer is made up, and the closing is waited for.
+TEST_F(Handshake, ALateEndOfAReloadIsNotThatOfALaterCommand) {
+  for (const int delay : {150, 1400}) {
+    SCOPED_TRACE(delay);
+    Start(
+        R"([{"command": "ReloadFromPlugin", "repeat": 2, "delay_ms": )" + std::to_string(delay) +
+        R"(}, {"command": "SetMessage", "delay_ms": 100}, {"command": "CloseApp", "delay_ms": 150}])");
+    link.ReloadFromPlugin();
+    EXPECT_FALSE(link.GetLinkCamera());
+    link.ReloadFromPlugin();
+    link.SetMessage("behind it");
+    EXPECT_FALSE(link.GetLinkCamera());
+    link.CloseApp();
+    // The outputs are written before the closing is acknowledged.
+    EXPECT_EQ(Report()["exitReason"], "closed");
+    EXPECT_EQ(Ids(Received()), (std::vector<int>{19, 18, 19, 16, 18, 2}));
+    EXPECT_EQ(Report()["faultCount"], 0);
+    link.ReleaseChannel();
+  }
+}
+
+// The usual first size is also that of a segment made later, whatever it is made for.
+TEST_F(Handshake, TheFirstSegmentIsNeverSmallerThanUsual) {
+  link.ExpandSharedMemory(1000);
+  EXPECT_EQ(link.SegmentSize(), 80'530'640u);
+  link.ReleaseChannel();
+}
+
 TEST_F(Handshake, CommandsOfManyThreadsStayWholeAndAllArrive) {
   Start();
   std::vector<std::thread> threads;
