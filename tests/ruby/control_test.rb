@@ -107,6 +107,23 @@ class ControlTest < LinkTest
     assert_equal ["House", "Untitled", "بيت 🏠", "a", ""], texts
   end
 
+  def test_texts_of_any_encoding_arrive_as_utf8
+    start
+    link.show_message("Grüße".encode("ISO-8859-1"))
+    link.show_message("家".encode("Shift_JIS"))
+    link.show_message("夜".encode("UTF-16LE"))
+    link.show_message("夜".b)
+    link.show_message("plain".encode("US-ASCII"))
+    link.set_model_name("/m/Über.skp".encode("Windows-1252"))
+    ["\xFF", "\xFF".b, "\xFF".dup.force_encoding("US-ASCII"), "\xD8\x00".dup.force_encoding("UTF-16BE")].each do |broken|
+      [-> { link.show_message(broken) }, -> { link.set_model_name(broken) }, -> { link.do_import(0, broken, false, false) }].each do |call|
+        assert_raises(ArgumentError, broken.inspect) { call.call }
+      end
+    end
+    link.quit
+    assert_equal %w[Grüße 家 夜 夜 plain Über], commands.filter_map { |line| line["fields"]["text"] }
+  end
+
   # Call, and the error a Ruby programmer expects of it.
   def wrong_calls
     short = [1, 2]

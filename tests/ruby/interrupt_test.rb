@@ -43,6 +43,14 @@ class InterruptTest < LinkTest
     @killer.wait if error == Interrupt
   end
 
+  # The thread goes on waiting until it is ended as well.
+  def join_thread_of(&block)
+    thread = Thread.new(&block)
+    thread.join
+  ensure
+    thread.kill.join
+  end
+
   HANG = { hang: "forever" }.freeze
 
   def test_ctrl_c_ends_a_wait_for_a_stalled_renderer
@@ -53,7 +61,13 @@ class InterruptTest < LinkTest
       "an export's mesh" => [{ command: "AppendMesh", nth: 3, **HANG }, ->(t) { t.export }],
       "an export's end" => [{ export_end: 1, **HANG }, ->(t) { t.export; t.link.quit }],
       "the closing" => [{ command: "CloseApp", **HANG }, ->(t) { t.link.quit }],
-      "a held mutex" => [{ command: "SetMessage", hold_mutex: { event: "commandDone", then: "hang" } }, ->(t) { t.link.show_message("a"); t.link.do_rendering(*CAMERA) }]
+      **%w[commandReady commandDone].to_h do |event|
+        ["the held mutex of #{event}", [{ command: "SetMessage", hold_mutex: { event: event, then: "hang" } }, ->(t) { t.link.show_message("a"); t.link.do_rendering(*CAMERA) }]]
+      end,
+      **%w[requestReady requestDone].to_h do |event|
+        ["the held mutex of #{event}", [{ command: "SetMessage", request: { code: 102, wait: false }, hold_mutex: { event: event, then: "hang" } }, ->(t) { t.link.show_message("a"); t.link.do_rendering(*CAMERA) }]]
+      end,
+      "a wait on another thread" => [{ command: "GetLinkCamera", **HANG }, ->(t) { t.join_thread_of { t.link.do_rendering(*CAMERA) } }]
     }.each do |what, (step, call)|
       assert start(step), what
       warn what if ENV["TELL"]
@@ -108,14 +122,20 @@ class InterruptTest < LinkTest
     assert_includes command_names, "SetCamera"
   end
 
-  # In a callback Ruby runs, so what ends its caller comes out there; it must not get lost.
+  # In a callback Ruby runs, so what ends its caller comes out there; it must not get lost. The
+  # renderer goes on once it is answered, and the link stays; one that does not is given up.
   def test_what_ends_a_callbacks_caller_goes_on_to_it
-    assert start({ command: "GetLinkCamera", request: 102 }, receiver: Receiver.new(on_reload: -> { raise Interrupt }))
+    { Interrupt => -> { raise Interrupt }, UncaughtThrowError => -> { throw :out, 5 } }.each do |kind, ending|
+      assert start({ command: "GetLinkCamera", request: 102 }, receiver: Receiver.new(on_reload: ending))
+      kind == Interrupt ? assert_raises(Interrupt) { link.do_rendering(*CAMERA) } : assert_equal(5, catch(:out) { link.do_rendering(*CAMERA) })
+      assert link.is_alive, kind
+      link.show_message("after it")
+      link.quit
+      assert_equal ["SetMessage"], command_names.last(1), kind
+    end
+    assert start({ command: "GetLinkCamera", request: 102, hang: "forever" }, receiver: Receiver.new(on_reload: -> { raise Interrupt }))
     assert_raises(Interrupt) { link.do_rendering(*CAMERA) }
-    assert_closed_cleanly("Interrupt")
-    assert start({ command: "GetLinkCamera", request: 102 }, receiver: Receiver.new(on_reload: -> { throw :out, 5 }))
-    assert_equal 5, catch(:out) { link.do_rendering(*CAMERA) }
-    assert_closed_cleanly("throw")
+    assert_closed_cleanly("Interrupt, and a renderer that hangs")
     assert start({ command: "SetMessage", request: 102 }, receiver: Receiver.new(on_reload: -> { Thread.current.kill }))
     thread = Thread.new do
       link.show_message("a")
@@ -150,8 +170,6 @@ class InterruptTest < LinkTest
     Thread.new { link.show_message("alone") }.join
     link.quit
     assert_equal %w[GetLinkCamera SetCamera SetMessage], command_names
-    error = Thread.new { start rescue $! }.value
-    assert_equal [RuntimeError, "init_renderer is for the host's main thread"], [error.class, error.message]
   end
 end
 

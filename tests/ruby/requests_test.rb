@@ -104,6 +104,11 @@ class RequestsTest < LinkTest
       assert_equal [101, required], line.values_at("result", "required"), "request #{code}"
     end
     assert_equal SHORT.filter_map { |code, *, asked| code if asked }.size, receiver.calls.size
+    # Nothing of an answer without room is converted, and so nothing of it is told.
+    receiver = Receiver.new(on_get_scenes: [nil] * 21, load_parameters: [6, nil, nil])
+    text = stderr_of { ask(receiver, { code: 106, capacity: 151 }, { code: 111, capacity: 45, name: "n" }) }
+    assert_equal "", text
+    assert_equal [[101, 152], [101, 46]], requests.map { |line| line.values_at("result", "required") }
   end
 
   # A capacity beyond the mapped segment counts as the mapped one.
@@ -155,6 +160,7 @@ class RequestsTest < LinkTest
       assert_match(/requests_test\.rb:\d+/, text) if fault.respond_to?(:call)
       assert seen.all? { |line| line["acknowledged"] }, name
       refute_includes seen[0]["answer"].to_s, "ffff"
+      assert_equal 0, seen[0]["required"], name
       assert_equal [:set_use_pbr, true], receiver.calls.last
     end
   end
