@@ -3,7 +3,6 @@
 #include "link/Sending.h"
 
 #include <cstring>
-#include <exception>
 
 #include "link/IpcDigest.h"
 #include "link/IpcStats.h"
@@ -121,12 +120,7 @@ void IpcInterface::SendHeld() {
   HeldCommand command;
   while (TakeHeld(command)) {
     if (!IsAlive()) continue;
-    try {
-      SendOneHeld(command);
-    } catch (const std::exception& error) {
-      // The sender in whose turn this is has a command of its own to send.
-      LogLine("a held command is left out: %s", error.what());
-    }
+    SendOneHeld(command);
     AwaitOutstanding();
   }
 }
