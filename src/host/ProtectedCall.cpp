@@ -68,7 +68,8 @@ bool IsCallbacksOwn(VALUE error) {
 // A thread in a wait keeps the interpreter. The main one, which signals come to, gets its turn when
 // there is one for it.
 VALUE CheckInterrupts(VALUE) {
-  if (rb_thread_interrupted(rb_thread_main()) != 0) rb_thread_schedule();
+  const VALUE main = rb_thread_main();
+  if (rb_thread_current() != main && rb_thread_interrupted(main) != 0) rb_thread_schedule();
   rb_thread_check_ints();
   return Qnil;
 }

@@ -50,8 +50,9 @@ wire::SceneRecord PackScene(const SceneInfo& scene) {
 }  // namespace
 
 void IpcInterface::ServeRequest() {
-  if (serving || receiver == nullptr || !SeenAlive()) return;
-  if (!OpenToPluginSide() || !requestReady->Wait(0)) return;
+  // Nothing of Ruby's may run between an interrupt and the end of the method that it ends.
+  if (serving || !SeenAlive() || AskInterrupted()) return;
+  if (receiver == nullptr || !OpenToPluginSide() || !requestReady->Wait(0)) return;
   if (!StillOurs()) {
     LogLine("a request is left alone: the channel belongs to another host now");
     ended = true;
