@@ -50,12 +50,14 @@ std::uint32_t Keep(const UvList& uv, UvList& all) {
 void AddMesh(Scratch& scratch, const TessMesh& mesh, std::span<const glm::vec2> frontUv,
              std::span<const glm::vec2> backUv, FaceWork& work, FaceChunk& chunk) {
   const FaceContext& context = chunk.ContextOf(work);
+  const std::size_t vertices = chunk.mesh.vertices.size();
   const std::size_t words = chunk.mesh.triangles.size();
   scratch.transform.Set(context.transform);
   AppendFace({mesh.positions, mesh.normals, mesh.indexes, frontUv, backUv, context.front.index,
               context.back.index},
              scratch.transform, chunk.mesh);
-  work.vertices = static_cast<std::uint32_t>(mesh.positions.size());
+  // None where the face is left out because a coordinate is not finite.
+  work.vertices = static_cast<std::uint32_t>(chunk.mesh.vertices.size() - vertices);
   work.triangleWords = static_cast<std::uint32_t>(chunk.mesh.triangles.size() - words);
   work.done = true;
 }
