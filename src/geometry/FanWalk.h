@@ -26,7 +26,8 @@ struct FanFace {
 };
 
 // The same faces as WalkFan gives, without a list of those met, where each has one corner at the
-// vertex and no smooth edge there has more than two: nearly everywhere. The first face has its
+// vertex and each smooth edge there has two of them, or only the one it is met from: nearly
+// everywhere. The first face has its
 // corner at the vertex. They come as they lie around the vertex: from the first one over the edge
 // that leaves its corner, then over the other one. `visit(fanFace)` returns false to stop. False
 // when the walk was stopped or the faces do not lie like that; some were visited then.
@@ -41,10 +42,12 @@ bool TurnAround(FaceCollector& collector, std::uint32_t face, std::size_t corner
     std::uint32_t at = face;
     for (std::uint32_t edge = way;;) {
       const std::span<const std::uint32_t> beside = collector.FacesAt(edge);
-      if (beside.size() < 2) break;
-      if (beside.size() > 2 || (beside[0] == at) == (beside[1] == at)) return false;
+      if (beside.empty() || (beside.size() == 1 && beside[0] == at)) break;
+      if (beside.size() != 2 || (beside[0] == at) == (beside[1] == at)) return false;
       const std::uint32_t next = beside[0] == at ? beside[1] : beside[0];
-      if (next == face) return true;
+      // The first face may also be at an edge that none of its loops has, as that of an inner loop
+      // which could not be read: it has not been turned around then.
+      if (next == face) return edge == (way == ways[0] ? ways[1] : ways[0]);
       const FaceData& data = collector.ReadFace(next);
       if (!data.Valid()) break;
       if (data.HasRepeatedVertices()) return false;

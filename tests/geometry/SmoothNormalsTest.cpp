@@ -99,6 +99,59 @@ TEST(SmoothVertexNormal, IsTheFacesOwnWhereNoCornerHasAnAngle) {
   ExpectNear(NormalAt(collector, roof.wall, roof.b), Point(0, -1, 0));
 }
 
+// Four vertices around a fifth, with a triangle over each side but one; all inner edges are smooth.
+struct OpenPyramid {
+  scripted::Vertex* top;
+  std::vector<scripted::Vertex*> rim;
+  std::vector<scripted::Face*> faces;  // the last one is beside the gap
+
+  explicit OpenPyramid(scripted::Host& host) {
+    top = host.AddVertex({0, 0, 0.5});
+    for (const glm::dvec3& place :
+         {Point(1, 0, 0), Point(0, 1, 0), Point(-1, 0, 0), Point(0, -1, 0)}) {
+      rim.push_back(host.AddVertex(place));
+      host.MakeSmooth(top, rim.back());
+    }
+    for (const auto& [from, to] : {std::pair(2, 3), std::pair(3, 0), std::pair(0, 1)}) {
+      faces.push_back(host.AddFace({rim[std::size_t(from)], rim[std::size_t(to)], top}));
+    }
+  }
+  Point Sum() const {
+    Point sum(0.0);
+    for (const scripted::Face* face : faces) sum += Point(face->plane);
+    return glm::normalize(sum);
+  }
+};
+
+// The host lists a face at the edges of an inner loop that could not be read. The turn comes to the
+// middle face over such an edge of the first one, and there are more beyond the middle one's own.
+TEST(SmoothVertexNormal, GoesOnBehindTheEdgeOfALoopThatWasLeftOut) {
+  for (const std::size_t gapSide : {std::size_t{1}, std::size_t{2}}) {
+    scripted::Host host;
+    OpenPyramid pyramid(host);
+    scripted::Face* middle = pyramid.faces[1];
+    // The turn reaches it to the left of the gap, and to the right.
+    scripted::Vertex* beside = pyramid.rim[gapSide];
+    host.AddLoop(middle, {pyramid.top, beside, host.AddVertex({0, 0, 2})});
+    middle->loops[1].vertices.resize(2);
+    FaceCollector collector;
+    ExpectNear(NormalAt(collector, middle, pyramid.top), pyramid.Sum());
+    FaceCollector other;
+    ExpectNear(NormalAt(other, pyramid.faces[0], pyramid.top), pyramid.Sum());
+  }
+}
+
+// Between the first two faces the host names only one of them, whichever that is.
+TEST(SmoothVertexNormal, FollowsAnEdgeThatNamesOnlyTheFaceBeyondIt) {
+  scripted::Host host;
+  OpenPyramid pyramid(host);
+  host.EdgeBetween(pyramid.top, pyramid.rim[3])->faces = {pyramid.faces[1]};
+  FaceCollector collector;
+  ExpectNear(NormalAt(collector, pyramid.faces[0], pyramid.top), pyramid.Sum());
+  ExpectNear(NormalAt(collector, pyramid.faces[1], pyramid.top),
+             glm::normalize(Point(pyramid.faces[1]->plane) + Point(pyramid.faces[2]->plane)));
+}
+
 // Sides with smooth edges between them, hard against the cap.
 TEST(SmoothVertexNormal, CreasedCylinder) {
   constexpr int kSides = 12;
