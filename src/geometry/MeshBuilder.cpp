@@ -24,7 +24,7 @@ glm::mat3 NormalMatrix(const glm::mat3& m) {
 }
 
 glm::vec2 UvAt(std::span<const glm::vec2> uv, std::size_t vertex) {
-  return vertex < uv.size() ? uv[vertex] : glm::vec2(0.0f);
+  return vertex < uv.size() && AllFinite(&uv[vertex].x, 2) ? uv[vertex] : glm::vec2(0.0f);
 }
 
 float Area(const glm::vec3& a, const glm::vec3& b, const glm::vec3& c) {
@@ -47,7 +47,8 @@ glm::vec3 FaceTransform::Position(const glm::dvec3& position) const {
 glm::vec3 FaceTransform::Normal(const glm::dvec3& normal) const {
   const glm::vec3 turned = normalMatrix * glm::vec3(normal);
   const float length = glm::length(turned);
-  return length > kNoLength ? turned / length : turned;
+  const glm::vec3 unit = length > kNoLength ? turned / length : turned;
+  return AllFinite(&unit.x, 3) ? unit : glm::vec3(0.0f);
 }
 
 void AppendFace(const FaceMesh& face, const FaceTransform& transform, MeshBuffer& buffer) {
@@ -62,7 +63,7 @@ void AppendFace(const FaceMesh& face, const FaceTransform& transform, MeshBuffer
               UvAt(face.backUv, i)};
   }
 
-  // One face of places that are no numbers must not take the whole mesh along.
+  // One face whose positions are not finite must not take the whole mesh along.
   constexpr std::size_t kFloats = sizeof(MeshVertex) / sizeof(float);
   if (!AllFinite(reinterpret_cast<const float*>(own), face.positions.size() * kFloats)) {
     buffer.vertices.resize(first);

@@ -23,7 +23,8 @@ class FaceTransform {
   void Set(const glm::mat4& transform);
 
   glm::vec3 Position(const glm::dvec3& position) const;
-  // Unit length; a normal that comes out shorter than 1e-5 is left as it is.
+  // Unit length; a normal that comes out shorter than 1e-5 is left as it is, one that overflows
+  // becomes 0.
   glm::vec3 Normal(const glm::dvec3& normal) const;
 
  private:
@@ -33,7 +34,8 @@ class FaceTransform {
   glm::mat3 normalMatrix{1.0f};
 };
 
-// Texture coordinates per vertex; vertices beyond the end have (0, 0).
+// Texture coordinates per vertex; vertices beyond the end, or whose coordinates are not finite,
+// have (0, 0).
 using UvList = std::vector<glm::vec2>;
 
 // What one face adds to a mesh, in the face's own coordinates.
@@ -48,7 +50,8 @@ struct FaceMesh {
 };
 
 // Appends all vertices, and the triangles whose transformed area is at least 1e-10; vertices of the
-// others stay. Indexes are offset by the vertices that the buffer held before.
+// others stay. Nothing is appended for a face with a position that is not finite. Indexes are
+// offset by the vertices that the buffer held before.
 void AppendFace(const FaceMesh& face, const FaceTransform& transform, MeshBuffer& buffer);
 
 }  // namespace quellix

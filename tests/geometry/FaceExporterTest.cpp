@@ -121,7 +121,12 @@ TEST(ExportFaceSerial, TakesTextureCoordinatesOfTexturedSidesUndivided) {
       {"front", true, false, 1, {2, 2}, {0, 0}},
       {"back", false, true, 1, {0, 0}, {-2, 20}},
       {"both", true, true, 1, {2, 2}, {-2, 20}},
-      {"the host has no helper for the front", true, true, 13, {0, 0}, {-2, 20}},
+      {"the host has no helper for the front",
+       true,
+       true,
+       scripted::kTextureWithoutHelper,
+       {0, 0},
+       {-2, 20}},
   };
   for (const Case& c : cases) {
     // The own tessellation, and the host's mesh for a face whose outline cannot be read.

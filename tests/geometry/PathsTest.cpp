@@ -91,5 +91,38 @@ TEST(EveryPath, LeavesAFaceOutThatIsNotFiniteAndKeepsThoseAroundIt) {
   } while (std::next_permutation(faces.begin(), faces.end()));
 }
 
+// Coordinates in a texture that the host gives as no numbers, or as too large ones, and normals
+// whose matrix cannot be had in single precision: the face is where it is all the same.
+TEST(EveryPath, KeepsAFaceWhoseTextureCoordinatesOrNormalsAreNotFinite) {
+  scripted::Host host;
+  scripted::Face* square = host.AddFace(Points{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}});
+  scripted::Face* unread = host.AddFace(Points{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}});
+  unread->planeFails = true;
+  host.GiveHelperFan(unread);
+  FaceContext context;
+  context.front.textured = context.back.textured = true;
+  context.front.textureId = scripted::kTextureWithoutNumbers;
+  context.back.textureId = 1;
+  MeshBuffer mesh = InEveryPath({square, unread}, context);
+  ASSERT_EQ(mesh.vertices.size(), 8u);
+  EXPECT_EQ(mesh.triangles.size(), 4 * kTriangleWords);
+  for (const MeshVertex& vertex : mesh.vertices) {
+    EXPECT_EQ(vertex.frontUv, glm::vec2(0, 0)) << "one of the two is finite";
+    EXPECT_EQ(vertex.backUv, glm::vec2(-vertex.position.x, 10 * vertex.position.y));
+  }
+
+  for (const glm::vec3 scale :
+       {glm::vec3(1e20f), glm::vec3(1e25f, 1e25f, 1e-30f), glm::vec3(1e-30f, 1e20f, 1e25f)}) {
+    FaceContext large;
+    large.transform = glm::mat4(glm::mat3(scale.x, 0, 0, 0, scale.y, 0, 0, 0, scale.z));
+    mesh = InEveryPath({square, unread}, large);
+    ASSERT_EQ(mesh.vertices.size(), 8u) << scale.x;
+    for (const MeshVertex& vertex : mesh.vertices) {
+      EXPECT_EQ(vertex.normal, glm::vec3(0)) << scale.x;
+      EXPECT_LE(std::abs(vertex.position.x), 2 * scale.x);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quellix

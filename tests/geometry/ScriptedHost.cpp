@@ -1,6 +1,7 @@
 #include "ScriptedHost.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace scripted {
@@ -27,6 +28,7 @@ struct Opening {
 struct Helper {
   Face* face;
   bool front;
+  bool numbers = true;
 };
 
 template <class T, class Ref>
@@ -273,9 +275,8 @@ SUResult SUFaceGetUVHelperWithTextureHandle(SUFaceRef su_face, bool front, bool 
                                             SUTextureWriterRef, long texture_id,
                                             SUUVHelperRef* helper) {
   current->Count(__func__);
-  // Texture 13 is one that the host has no helper for.
-  if (front == back || texture_id == 13) return SU_ERROR_GENERIC;
-  *helper = {new Helper{&Get<Face>(su_face), front}};
+  if (front == back || texture_id == kTextureWithoutHelper) return SU_ERROR_GENERIC;
+  *helper = {new Helper{&Get<Face>(su_face), front, texture_id != kTextureWithoutNumbers}};
   ++current->outstanding;
   return SU_ERROR_NONE;
 }
@@ -283,7 +284,7 @@ SUResult SUFaceGetUVHelperWithTextureHandle(SUFaceRef su_face, bool front, bool 
 // The front is mapped to (x, y, 2), the back to (-x, 10 y, 2).
 SUResult SUUVHelperGetFrontUVQ(SUUVHelperRef helper, const SUPoint3D* point, SUUVQ* uvq) {
   if (!Get<Helper>(helper).front) return SU_ERROR_INVALID_INPUT;
-  *uvq = {point->x, point->y, 2.0};
+  *uvq = {Get<Helper>(helper).numbers ? point->x : std::nan(""), point->y, 2.0};
   return SU_ERROR_NONE;
 }
 

@@ -18,6 +18,10 @@
 
 namespace scripted {
 
+// A texture that the host has no helper for, and one whose front helper gives (not a number, y).
+inline constexpr long kTextureWithoutHelper = 13;
+inline constexpr long kTextureWithoutNumbers = 14;
+
 struct Vertex {
   glm::dvec3 position;
 };
