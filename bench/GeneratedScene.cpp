@@ -268,6 +268,23 @@ SUModelRef BuildLargeFace(std::size_t corners, std::size_t holes) {
   return su_model;
 }
 
+SUModelRef BuildRow(std::size_t squares) {
+  const SUModelRef su_model = NewModel();
+  Input input;
+  for (std::size_t i = 0; i < squares; ++i) {
+    const double x = 10.0 * static_cast<double>(i);
+    const double side = i % 3 == 1 ? 1e39 : 5.0;
+    const std::size_t first = input.Vertex({x, 0, 0});
+    input.Vertex({x + side, 0, 0});
+    input.Vertex({x + side, side, 0});
+    input.Vertex({x, side, 0});
+    input.Face({first, first + 1, first + 2, first + 3},
+               [](std::size_t, std::size_t) { return false; });
+  }
+  input.Fill(RootOf(su_model));
+  return su_model;
+}
+
 SUModelRef BuildCone(std::size_t faces) {
   const SUModelRef su_model = NewModel();
   Input input;

@@ -28,6 +28,9 @@ SUModelRef BuildScene(const SceneSize& size);
 // One face with a zigzag outline of that many corners and as many square holes.
 SUModelRef BuildLargeFace(std::size_t corners, std::size_t holes);
 
+// That many squares in a row, of which every third is too large for single precision.
+SUModelRef BuildRow(std::size_t squares);
+
 // A cone of that many faces, all smooth, that meet at its apex.
 SUModelRef BuildCone(std::size_t faces);
 

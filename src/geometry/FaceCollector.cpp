@@ -5,7 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "geometry/GeometryTimings.h"
+#include "geometry/FanWalk.h"
 #include "support/Gates.h"
 #include "support/PerThread.h"
 
@@ -53,6 +53,9 @@ std::vector<Point> ReadOpening(SUOpeningRef su_opening) {
   }
   return points;
 }
+
+// More faces around a vertex, or at an edge, are not gone through again for each of them.
+constexpr std::size_t kLargeFan = 64;
 
 // Waits for another thread that reads a face or an edge, which takes it a moment. It never waits
 // for others before that is done, so no two threads wait for each other.
@@ -156,6 +159,7 @@ void FaceCollector::Clear() {
   edges.Clear();
   memory.Clear();
   fans.Clear();
+  largeEdges.clear();
   scope = static_cast<std::uint32_t>(scopes.Append());
 }
 
@@ -344,7 +348,7 @@ std::uint32_t FaceCollector::CollectSmoothingGroup(SUFaceRef su_face) {
   FaceData& first = faces[start];
   if (first.visited) return first.valid ? start : kNone;
   Collect(start);
-  first.visited = 1;
+  first.visited = true;
   if (!first.valid) return kNone;
 
   std::vector<std::uint32_t>& stack = walkScratch;
@@ -356,13 +360,66 @@ std::uint32_t FaceCollector::CollectSmoothingGroup(SUFaceRef su_face) {
     for (const std::uint32_t edge : face.Edges()) {
       for (const std::uint32_t neighbour : FacesAt(edge)) {
         if (faces[neighbour].visited) continue;
-        faces[neighbour].visited = 1;
+        faces[neighbour].visited = true;
         Collect(neighbour);
         stack.push_back(neighbour);
       }
     }
   }
   return start;
+}
+
+// A face that is visited has all its fans read by the end of the call that has marked it, so
+// nothing is to be read beyond it, and inside a chunk hardly a step is needed.
+void FaceCollector::CollectFans(std::span<const std::uint32_t> collected) {
+  fanFaces.clear();
+  const auto add = [this](std::uint32_t face) {
+    FaceData& data = faces[face];
+    if (data.visited || !data.valid) return;
+    data.visited = true;
+    fanFaces.push_back(face);
+  };
+  for (const std::uint32_t face : collected) add(face);
+  for (std::size_t i = 0; i < fanFaces.size(); ++i) {
+    const FaceData& data = faces[fanFaces[i]];
+    const std::span<const std::uint32_t> own = data.Edges();
+    for (std::size_t l = 0; l < data.LoopCount(); ++l) {
+      const FaceData::LoopRange loop = data.Loop(l);
+      for (std::size_t corner = loop.begin; corner < loop.end; ++corner) {
+        const std::span<const std::uint32_t> beside = FacesAt(own[corner]);
+        if (beside.size() > kLargeFan && !largeEdges.insert(own[corner]).second) continue;
+        for (const std::uint32_t neighbour : beside) {
+          if (faces[neighbour].visited) continue;
+          ReadFan(neighbour, data.Vertices()[corner]);
+          ReadFan(neighbour, data.Vertices()[loop.Next(corner)]);
+        }
+      }
+    }
+  }
+}
+
+// Reads the faces that smooth edges at the vertex chain to this one, up to those visited. Those of
+// a large fan count as visited: otherwise every chunk with one of them would go through all of it.
+void FaceCollector::ReadFan(std::uint32_t face, SUVertexRef su_vertex) {
+  boost::container::small_vector<std::uint32_t, kLargeFan> met;
+  const auto visit = [this](std::uint32_t next) {
+    faces[next].visited = true;
+    fanFaces.push_back(next);
+  };
+  WalkFan(
+      *this, face, su_vertex,
+      [&](std::uint32_t next) {
+        if (faces[next].visited) return false;
+        if (met.size() == kLargeFan) {
+          visit(next);
+          return true;
+        }
+        if (std::find(met.begin(), met.end(), next) != met.end()) return false;
+        met.push_back(next);
+        if (met.size() == kLargeFan) std::for_each(met.begin(), met.end(), visit);
+        return true;
+      },
+      [](const FanFace&) { return true; });
 }
 
 bool FaceCollector::GatherFacePoints(std::uint32_t face, std::vector<Point>& points) const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 #include <SketchUpAPI/sketchup.h>
 
 #include "geometry/BlockList.h"
@@ -52,6 +53,10 @@ class FaceCollector {
   // ReadFace has found it valid it can be tessellated: faces around its vertices are read where
   // they are needed.
   std::uint32_t CollectFace(SUFaceRef su_face, std::uint32_t faceScope = 0);
+
+  // Reads what the normals of these faces, which are read, need of their neighbours: afterwards
+  // they can be tessellated without host calls. One thread at a time, while others tessellate.
+  void CollectFans(std::span<const std::uint32_t> collected);
 
   // Collects the face and all faces that chains of smooth edges lead to: afterwards it can be
   // tessellated without host calls. The result is the face's index, kNone when the face itself is
@@ -118,6 +123,7 @@ class FaceCollector {
   bool Collect(std::uint32_t face);
   static void Await(const FaceData& face);
   void CollectUnread(std::uint32_t face);
+  void ReadFan(std::uint32_t face, SUVertexRef su_vertex);
   static std::uint32_t StateOf(const EdgeData& edge) {
     const std::uint32_t state = edge.state.load(std::memory_order_acquire);
     return state != kReading ? state : StateOfAwaited(edge);
@@ -138,6 +144,10 @@ class FaceCollector {
 
   SmoothFans fans;
   std::vector<std::uint32_t> walkScratch;
+  // Of CollectFans: the faces all of whose fans it is about to read, and the edges of very many
+  // faces that it has been to.
+  std::vector<std::uint32_t> fanFaces;
+  boost::unordered_flat_set<std::uint32_t> largeEdges;
 };
 
 }  // namespace quellix

@@ -52,7 +52,7 @@ std::size_t FaceData::BlockBytes(std::size_t corners, std::size_t loops) {
 
 void FaceData::Pack(std::span<const LoopData> loops, std::span<const std::uint32_t> edges,
                     std::byte* block) {
-  loopCount = static_cast<std::uint32_t>(loops.size()) & 0x1fffffffu;
+  loopCount = static_cast<std::uint32_t>(loops.size()) & 0x3fffffffu;
   cornerCount = static_cast<std::uint32_t>(edges.size());
   const std::size_t n = cornerCount;
   std::byte* place = block;

@@ -46,8 +46,6 @@ class FaceData {
   bool IsRead() const { return state.load(std::memory_order_acquire) == State::Read; }
   // Only a valid face has loops and a normal. For a face that is read.
   bool Valid() const { return valid; }
-  // A walk over a smoothing group has reached the face.
-  bool Visited() const { return visited; }
 
   // Unit length.
   const Point& Normal() const { return normal; }
@@ -112,11 +110,11 @@ class FaceData {
   Point* positions = nullptr;
   std::unique_ptr<std::vector<std::vector<Point>>> openings;
   std::uint32_t cornerCount = 0;
-  std::uint32_t loopCount : 29 = 0;
+  std::uint32_t loopCount : 30 = 0;
   std::uint32_t repeated : 1 = 0;
   std::uint32_t valid : 1 = 0;
-  std::uint32_t visited : 1 = 0;
   std::atomic<State> state{State::Unread};
+  bool visited = false;  // the collecting thread's
   std::uint32_t scope = 0;  // of the collector, which the face is found in
 };
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "geometry/GeometryTimings.h"
+#include "support/Gates.h"
 #include "support/ThreadName.h"
 #include "support/TimingLog.h"
 
@@ -19,14 +21,25 @@ constexpr std::size_t kResumeChunks = 96;
 
 GeometryPipeline::GeometryPipeline(FaceCollector& faceCollector, MeshSink& meshSink,
                                    unsigned poolThreads)
-    : collector(faceCollector), sink(meshSink), pool(poolThreads) {
+    : collector(faceCollector),
+      sink(meshSink),
+      collectorShared(FaceDataIsShared()),
+      pool(poolThreads) {
   senderThread = std::thread([this] { RunSender(); });
+  try {
+    for (unsigned i = 0; i < poolThreads; ++i) pool.Enqueue([this] { RunWorker(); });
+  } catch (...) {
+    EndWorkers();
+    EndSender();
+    throw;
+  }
 }
 
-// Tasks still in the pool see `failed` and end at once; the pool's destructor waits for them.
+// Chunks that are not finished see `failed` and end at once, for the sender may wait for them.
 GeometryPipeline::~GeometryPipeline() {
   failed = true;
   EndSender();
+  EndWorkers();
 }
 
 void GeometryPipeline::OpenMesh(const MeshPlacement& placement, std::uint8_t pass) {
@@ -58,69 +71,104 @@ void GeometryPipeline::ProduceFaceWork(const FaceSource& source) {
 void GeometryPipeline::Submit(std::unique_ptr<FaceChunk> chunk) {
   bool full = false;
   {
-    const std::lock_guard lock(throttleMutex);
+    const std::lock_guard lock(workMutex);
     full = chunksInFlight >= kMaxChunks;
   }
   if (full) Help(kResumeChunks);
+  ThrowIfFailed();
+  currentJob->chunks.push_back(std::move(chunk));
   {
-    const std::lock_guard lock(throttleMutex);
-    ++chunksInFlight;
-    peakChunks = std::max(peakChunks, chunksInFlight);
+    const std::lock_guard lock(currentJob->mutex);
+    ++currentJob->pendingChunks;
   }
-  const std::shared_ptr<GeoMeshJob> job = currentJob;
-  {
-    const std::lock_guard lock(job->mutex);
-    ++job->pendingChunks;
-  }
-  FaceChunk& content = *chunk;
-  try {
-    ThrowIfFailed();
-    job->chunks.push_back(std::move(chunk));
-    pool.Enqueue([this, job, &content] { ProcessFaceWork(job, content); });
-  } catch (...) {
-    EndChunk(*job);
-    throw;
-  }
+  const std::lock_guard lock(workMutex);
+  unread.push_back({currentJob, currentJob->chunks.back().get()});
+  peakChunks = std::max(peakChunks, ++chunksInFlight);
+  if (!collecting) workChanged.notify_one();
 }
 
-// Does what the pool would do, and waits where nothing is left for it to begin, until so few chunks
-// are unfinished.
-void GeometryPipeline::Help(std::size_t untilChunks) {
-  const auto enough = [&] { return chunksInFlight <= untilChunks || failed; };
-  for (;;) {
-    {
-      const std::lock_guard lock(throttleMutex);
-      if (enough()) return;
-    }
-    if (pool.RunOne()) continue;
-    std::unique_lock lock(throttleMutex);
-    const ScopedTiming timing(Waits().chunkBound);
-    chunkChanged.wait(lock, enough);
-  }
-}
-
-void GeometryPipeline::ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk) {
+void GeometryPipeline::RunWorker() {
   NameThreadOnce("geo pool");
+  std::unique_lock lock(workMutex);
+  do {
+    workChanged.wait(lock, [this] { return CanWork() || ended; });
+  } while (WorkOnce(lock) || !ended);
+}
+
+// Does what the pool would do, and waits where there is nothing to do, until so few chunks are
+// unfinished.
+void GeometryPipeline::Help(std::size_t untilChunks) {
+  std::unique_lock lock(workMutex);
+  const auto enough = [&] { return chunksInFlight <= untilChunks || failed; };
+  while (!enough()) {
+    if (WorkOnce(lock)) continue;
+    const ScopedTiming timing(Waits().chunkBound);
+    workChanged.wait(lock, [&] { return enough() || CanWork(); });
+  }
+  if (CanWork()) workChanged.notify_one();  // it may be this thread that was woken for that
+}
+
+// Collects a chunk if nobody else is collecting, else builds one. False when neither can be done.
+// The lock is let go meanwhile.
+bool GeometryPipeline::WorkOnce(std::unique_lock<std::mutex>& lock) {
+  if (!CanWork()) return false;
+  const bool collect = !unread.empty() && !collecting;
+  std::deque<ChunkWork>& from = collect ? unread : ready;
+  const ChunkWork work = std::move(from.front());
+  from.pop_front();
+  if (collect) collecting = !collectorShared;
+  lock.unlock();
+  if (collect) Attempt([&] { CollectFaces(*work.chunk); });
+  if (!collect || collectorShared) {
+    BuildChunk(work);
+    lock.lock();
+    return true;
+  }
+  lock.lock();
+  collecting = false;
+  ready.push_back(work);
+  workChanged.notify_one();
+  return true;
+}
+
+// What fails ends the export; after that nothing is tried.
+template <class Work>
+void GeometryPipeline::Attempt(Work&& work) {
   try {
-    if (!failed) CollectFaces(chunk);
-    if (!failed) EvaluateTextures(chunk);
-    if (!failed) BuildMeshes(chunk);
+    if (!failed) work();
   } catch (...) {
     Fail(std::current_exception());
   }
-  chunk.DropFaces();
-  EndChunk(*job);
 }
 
-// Another thread may be reading some of the faces as neighbours of its own. They are waited for in
-// the end, when that is mostly over.
+// Where the collector is shared, another thread may be reading some of the faces as neighbours of
+// its own. They are waited for in the end, when that is mostly over.
 void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
+  std::vector<std::uint32_t> collected;
+  collected.reserve(chunk.faces.size());
   for (FaceWork& work : chunk.faces) {
     work.face = collector.CollectFace(work.su_face, chunk.scope);
+    collected.push_back(work.face);
   }
+  if (!collectorShared) collector.CollectFans(collected);
   for (FaceWork& work : chunk.faces) {
     if (!collector.ReadFace(work.face).Valid()) work.face = FaceCollector::kNone;
   }
+}
+
+void GeometryPipeline::BuildChunk(const ChunkWork& work) {
+  Attempt([&] {
+    EvaluateTextures(*work.chunk);
+    BuildMeshes(*work.chunk);
+  });
+  work.chunk->DropFaces();
+  {
+    const std::lock_guard lock(work.job->mutex);
+    if (--work.job->pendingChunks == 0 && work.job->closed) work.job->changed.notify_all();
+  }
+  const std::lock_guard lock(workMutex);
+  --chunksInFlight;
+  if (chunksInFlight == kResumeChunks || chunksInFlight == 0) workChanged.notify_all();
 }
 
 // A face that is not valid keeps its helpers for the host's triangulation.
@@ -140,16 +188,6 @@ void GeometryPipeline::BuildMeshes(FaceChunk& chunk) {
     BuildOwnMesh(collector, work, chunk);
     if (!work.done) BuildHelperMesh(work, chunk);
   }
-}
-
-void GeometryPipeline::EndChunk(GeoMeshJob& job) {
-  {
-    const std::lock_guard lock(job.mutex);
-    if (--job.pendingChunks == 0 && job.closed) job.changed.notify_all();
-  }
-  const std::lock_guard lock(throttleMutex);
-  --chunksInFlight;
-  if (chunksInFlight == kResumeChunks || chunksInFlight == 0) chunkChanged.notify_one();
 }
 
 void GeometryPipeline::CloseMesh() {
@@ -248,7 +286,7 @@ GeometryPipeline::Peaks GeometryPipeline::PeaksSoFar() {
     const std::lock_guard lock(queueMutex);
     peaks.entries = peakEntries;
   }
-  const std::lock_guard lock(throttleMutex);
+  const std::lock_guard lock(workMutex);
   peaks.chunks = peakChunks;
   return peaks;
 }
@@ -257,6 +295,12 @@ void GeometryPipeline::Finish() {
   Help(0);
   EndSender();
   ThrowIfFailed();
+}
+
+void GeometryPipeline::EndWorkers() {
+  const std::lock_guard lock(workMutex);
+  ended = true;
+  workChanged.notify_all();
 }
 
 void GeometryPipeline::EndSender() {
@@ -280,8 +324,8 @@ void GeometryPipeline::Fail(std::exception_ptr error) {
     notEmpty.notify_all();
     notFull.notify_all();
   }
-  const std::lock_guard lock(throttleMutex);
-  chunkChanged.notify_all();
+  const std::lock_guard lock(workMutex);
+  workChanged.notify_all();
 }
 
 void GeometryPipeline::ThrowIfFailed() {

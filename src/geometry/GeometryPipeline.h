@@ -18,11 +18,13 @@
 
 namespace quellix {
 
-// The pipeline of one export: the walk writes down faces, a pool makes their meshes, a sender
-// thread sends them in the order of the walk.
+// The pipeline of one export: the walk writes down faces in chunks, a pool makes their meshes, a
+// sender thread sends them in the order of the walk.
 //
-// Where the pool is so far behind that the walk would wait, the walk does the pool's next task
-// instead.
+// A chunk is collected, which asks the host, and then built. Collecting is a stage that one thread
+// at a time runs, unless the user has said that the host's face data may be shared: a thread that
+// finds it taken builds what is collected. Where the pool is so far behind that the walk would
+// wait, the walk does the same as the pool.
 //
 // All calls are for the walk's thread, except PeaksSoFar. When a task or the sender fails, what is
 // queued is dropped, nobody goes on waiting, and the walk's next call throws the first error.
@@ -59,13 +61,24 @@ class GeometryPipeline {
   Peaks PeaksSoFar();
 
  private:
+  // A chunk on its way, with the mesh that it is a part of.
+  struct ChunkWork {
+    std::shared_ptr<GeoMeshJob> job;
+    FaceChunk* chunk = nullptr;
+  };
+
   void Submit(std::unique_ptr<FaceChunk> chunk);
-  void ProcessFaceWork(const std::shared_ptr<GeoMeshJob>& job, FaceChunk& chunk);
+  void RunWorker();
+  void Help(std::size_t untilChunks);
+  bool CanWork() const { return !ready.empty() || (!unread.empty() && !collecting); }
+  bool WorkOnce(std::unique_lock<std::mutex>& lock);
+  template <class Work>
+  void Attempt(Work&& work);
   void CollectFaces(FaceChunk& chunk);
+  void BuildChunk(const ChunkWork& work);
   void EvaluateTextures(FaceChunk& chunk);
   void BuildMeshes(FaceChunk& chunk);
-  void Help(std::size_t untilChunks);
-  void EndChunk(GeoMeshJob& job);
+  void EndWorkers();
 
   void EnqueueSend(SendQueueEntry entry);
   void RunSender();
@@ -87,8 +100,13 @@ class GeometryPipeline {
   bool producerDone = false;
   std::size_t peakEntries = 0;
 
-  std::mutex throttleMutex;  // guards what follows
-  std::condition_variable chunkChanged;
+  const bool collectorShared;  // by threads that collect at the same time
+  std::mutex workMutex;        // guards what follows
+  std::condition_variable workChanged;
+  std::deque<ChunkWork> unread;
+  std::deque<ChunkWork> ready;  // collected
+  bool collecting = false;      // the stage is taken
+  bool ended = false;           // no chunk comes any more
   std::size_t chunksInFlight = 0;
   std::size_t peakChunks = 0;
 

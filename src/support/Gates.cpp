@@ -46,17 +46,33 @@ void ApplyItem(std::string_view item, std::array<GateMode, kGateCount>& modes) {
   }
 }
 
-}  // namespace
-
-std::array<GateMode, kGateCount> ParseGateModes(std::string_view text) {
-  std::array<GateMode, kGateCount> modes = kDefaults;
+void ApplyItems(std::string_view text, std::array<GateMode, kGateCount>& modes) {
   while (!text.empty()) {
     const std::size_t comma = text.find(',');
     ApplyItem(text.substr(0, comma), modes);
     if (comma == std::string_view::npos) break;
     text.remove_prefix(comma + 1);
   }
+}
+
+}  // namespace
+
+std::array<GateMode, kGateCount> ParseGateModes(std::string_view text) {
+  std::array<GateMode, kGateCount> modes = kDefaults;
+  ApplyItems(text, modes);
   return modes;
+}
+
+bool ParseFaceDataIsShared(std::string_view text) {
+  std::array<GateMode, kGateCount> modes;
+  modes.fill(GateMode::Mutex);
+  ApplyItems(text, modes);
+  return modes[static_cast<std::size_t>(Gate::FaceData)] == GateMode::Parallel;
+}
+
+bool FaceDataIsShared() {
+  static const bool shared = ParseFaceDataIsShared(SuGatesText());
+  return shared;
 }
 
 const std::array<GateMode, kGateCount>& GateModes() {

@@ -29,6 +29,12 @@ const std::array<GateMode, kGateCount>& GateModes();
 // overriding earlier ones, "all" naming every category; items that say nothing known are skipped.
 std::array<GateMode, kGateCount> ParseGateModes(std::string_view text);
 
+// Whether face data may be read on several threads at once. Without a word about it in
+// QUELLIX_SU_GATES it may not, although its gate is open then: collection is a stage of the
+// geometry that one thread at a time runs, and a lock around each face would only add to it.
+bool FaceDataIsShared();
+bool ParseFaceDataIsShared(std::string_view text);
+
 // Statistics of mutex-mode acquisitions, kept while the timing log is on.
 void ResetGateStats();
 void DumpGateStats();

@@ -26,6 +26,8 @@ struct Outcome {
   std::string digest;  // of all exports, as it stands in the file
   nlohmann::json report;
   std::string log;  // the timing log
+  // Calls for face data while another thread was in one.
+  std::size_t overlaps = 0;
   // What arrived of the geometry, in order: a command's name and its digest.
   std::vector<std::string> arrived;
 };
@@ -54,11 +56,15 @@ class ExportPaths : public testing::Test {
                                 " QUELLIX_IPC_DIGEST=" + (out / "digest.txt").string() +
                                 " QUELLIX_PERF_LOG_FILE=" + (out / "log.txt").string() + " " +
                                 environment + " " EXPORT_RUN " " KVAPP_DIR " " +
-                                std::to_string(threads) + " '" + model + "' >/dev/null";
+                                std::to_string(threads) + " '" + model + "' >" +
+                                (out / "printed.txt").string();
     Outcome run;
     run.status = std::system(command.c_str());
     run.digest = Text(out / "digest.txt");
     run.log = Text(out / "log.txt");
+    long before = 0;
+    long after = 0;
+    std::ifstream(out / "printed.txt") >> before >> after >> run.overlaps;
     const std::string report = Text(out / "report.json");
     if (!report.empty()) run.report = nlohmann::json::parse(report);
     run.arrived = Geometry(out / "commands.jsonl");
@@ -130,6 +136,7 @@ constexpr Way kWays[] = {
     {"QUELLIX_IPC_PIPELINE=0", 3, true},
     {"QUELLIX_MAT_PIPELINE=0", 5, true},
     {"QUELLIX_SU_GATES=all:mutex", 8, true},
+    {"QUELLIX_SU_GATES=facedata:parallel", 8, true},
 };
 
 struct Model {
@@ -143,6 +150,7 @@ constexpr Model kModels[] = {
     {"slow:2000:4:12:0", false},
     {"cone:300", false},
     {"face:400:20", false},
+    {"row:200", false},
     {SAMPLE, true},
     {MODELS "/OBJ/spider.obj", false},
     {MODELS "/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", false},
@@ -187,6 +195,22 @@ TEST_F(ExportPaths, SendTheSameWithAnyNumberOfPoolThreads) {
       EXPECT_EQ(run.arrived, serial.arrived);
       EXPECT_EQ(run.report.at("faultCount"), 0) << run.report.at("faults");
     }
+  }
+}
+
+// The host may not bear two threads in its calls for faces, loops, edges and openings.
+TEST_F(ExportPaths, OneThreadAtATimeReadsFacesUnlessTheUserSaysThatSeveralMay) {
+  struct Case {
+    const char* gates;
+    bool shared;
+  };
+  for (const Case& c : {Case{"", false}, Case{"uvhelper:parallel", false},
+                        Case{"facedata:mutex", false}, Case{"facedata:parallel,all:mutex", false},
+                        Case{"facedata:parallel", true}, Case{"all:parallel", true}}) {
+    const Outcome run =
+        Export("generated:20000:20:20:0", "QUELLIX_SU_GATES=" + std::string(c.gates), 4);
+    ASSERT_EQ(run.status, 0);
+    EXPECT_EQ(run.overlaps > 0, c.shared) << c.gates << ": " << run.overlaps << " overlaps";
   }
 }
 

@@ -6,8 +6,9 @@
 //   export_run <folder of the renderer> <pool threads> <model>
 //
 // A model is a file, or "generated:<faces>:<definitions>:<placements>:<textured>", or
-// "cone:<faces>", or "face:<corners>:<holes>". Prints the peaks of the process's memory before and
-// after the exports, in KiB.
+// "cone:<faces>", or "face:<corners>:<holes>", or "row:<squares>". Prints the peaks of the
+// process's memory before and after the exports, in KiB, and how many calls for face data were made
+// while another thread was in one.
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -44,6 +45,7 @@ SUModelRef Load(const std::string& name) {
   }
   if (parts[0] == "cone") return bench::BuildCone(number(1));
   if (parts[0] == "face") return bench::BuildLargeFace(number(1), number(2));
+  if (parts[0] == "row") return bench::BuildRow(number(1));
   SUModelRef su_model = SU_INVALID;
   SUStringRef su_message = SU_INVALID;
   SUStringCreate(&su_message);
@@ -72,6 +74,7 @@ int main(int argc, char** argv) {
   try {
     const SUModelRef su_model = Load(argv[3]);
     const auto threads = static_cast<unsigned>(std::atoi(argv[2]));
+    modelhost_watch("facedata");
     const long before = PeakKiB();
     bench::RendererLink renderer(argv[1]);
     Export(renderer.link, su_model, threads, false);
@@ -80,7 +83,7 @@ int main(int argc, char** argv) {
     quellix::ReloadCaches::Instance().ClearReloadCache();
     renderer.link.ClearModelDataForReload();
     Export(renderer.link, su_model, threads, true);
-    std::printf("%ld %ld\n", before, PeakKiB());
+    std::printf("%ld %ld %zu\n", before, PeakKiB(), modelhost_overlaps(nullptr));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "export_run: %s\n", error.what());
     return 1;

@@ -1,8 +1,10 @@
 #include "geometry/FaceCollector.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <new>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -262,6 +264,88 @@ TEST(CollectFace, ThreadsShareTheReadingAndSeeTheSameNormals) {
   EXPECT_EQ(different, 0);
   EXPECT_EQ(host.Calls("SUFaceGetPlane"), 2 * planes) << "each face is read once";
   EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), 2 * edges) << "each edge is read once";
+}
+
+// Squares in rows with all that makes fans irregular: hard edges, edges of three faces, edges that
+// name only some of their faces, a face that cannot be read, one that comes to a vertex twice, and
+// a fan of very many faces. Whatever the chunks are, what was collected is enough for their
+// normals.
+TEST(CollectFans, ReadsAllThatTheNormalsOfAChunkNeed) {
+  constexpr int kSide = 40;
+  std::mt19937 random(5);
+  for (int round = 0; round < 8; ++round) {
+    SCOPED_TRACE(round);
+    scripted::Host host;
+    std::vector<scripted::Vertex*> grid;
+    for (int i = 0; i < kSide * kSide; ++i) {
+      grid.push_back(
+          host.AddVertex({i % kSide, i / kSide, 0.1 * static_cast<double>(random() % 9)}));
+    }
+    const auto at = [&](int x, int y) { return grid[static_cast<std::size_t>(y * kSide + x)]; };
+    std::vector<scripted::Face*> faces;
+    for (int y = 0; y + 1 < kSide; ++y) {
+      for (int x = 0; x + 1 < kSide; ++x) {
+        faces.push_back(host.AddFace({at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y + 1)}));
+        if (random() % 4 != 0) host.MakeSmooth(at(x, y), at(x + 1, y));
+        if (random() % 4 != 0) host.MakeSmooth(at(x, y), at(x, y + 1));
+      }
+    }
+    for (int k = 2; k < kSide - 1; k += 5) {
+      faces.push_back(host.AddFace({at(k, k), at(k + 1, k), host.AddVertex({k, k, 1})}));
+      host.EdgeBetween(at(k, k + 1), at(k + 1, k + 1))->faces.pop_back();
+      faces[static_cast<std::size_t>(k * 30)]->planeFails = true;
+    }
+    faces.push_back(host.AddFace({at(9, 4), at(10, 4), host.AddVertex({10, 3, 1}), at(9, 4),
+                                  host.AddVertex({8, 3, 1}), host.AddVertex({8, 4, 1})}));
+    scripted::Vertex* before = host.AddVertex({-1, -1, 3});
+    for (int i = 0; i < 200; ++i) {
+      scripted::Vertex* next = host.AddVertex({std::cos(i * 0.02), std::sin(i * 0.02), 2});
+      faces.push_back(host.AddFace({at(20, 20), before, next}));
+      host.MakeSmooth(at(20, 20), before);
+      before = next;
+    }
+    if (round % 2 == 1) std::shuffle(faces.begin(), faces.end(), random);
+
+    FaceCollector whole;
+    FaceCollector collector;
+    TessMesh wanted;
+    TessMesh mesh;
+    for (std::size_t first = 0; first < faces.size(); first += 64) {
+      std::vector<std::uint32_t> chunk;
+      for (std::size_t i = first; i < std::min(first + 64, faces.size()); ++i) {
+        chunk.push_back(collector.CollectFace(faces[i]->ref()));
+      }
+      collector.CollectFans(chunk);
+      const int planes = host.Calls("SUFaceGetPlane");
+      const int edges = host.Calls("SUEdgeGetSmooth");
+      std::vector<std::vector<Point>> normals;
+      for (const std::uint32_t face : chunk) {
+        TessellateFace(collector, face, mesh);
+        normals.push_back(mesh.normals);
+      }
+      EXPECT_EQ(host.Calls("SUFaceGetPlane"), planes) << "a face was read for a normal";
+      EXPECT_EQ(host.Calls("SUEdgeGetSmooth"), edges);
+      for (std::size_t i = 0; i < chunk.size(); ++i) {
+        TessellateFace(whole, whole.CollectSmoothingGroup(faces[first + i]->ref()), wanted);
+        EXPECT_EQ(normals[i], wanted.normals);
+      }
+    }
+  }
+}
+
+// A smooth surface is one group; a chunk of it takes those faces only that touch it.
+TEST(CollectFans, ReadsNoMoreThanTheFacesAroundAChunk) {
+  scripted::Host host;
+  const Cylinder cylinder(host, 24, 200);
+  FaceCollector collector;
+  std::vector<std::uint32_t> chunk;
+  for (std::size_t i = 0; i < 48; ++i) {
+    chunk.push_back(collector.CollectFace(cylinder.faces[i + 960]->ref()));
+  }
+  collector.CollectFans(chunk);
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 4 * 24) << "two rings, and one on either side";
+  collector.CollectFans(chunk);
+  EXPECT_EQ(host.Calls("SUFaceGetPlane"), 4 * 24);
 }
 
 TEST(EnterScope, FindsFacesInTheirOwnCollectionAloneAndReadsThemOnce) {

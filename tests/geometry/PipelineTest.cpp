@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -156,19 +157,41 @@ TEST_F(PipelineTest, AStalledPoolMakesTheWalkWait) {
   EXPECT_EQ(sink.vertices, 300u * 64 * 4);
 }
 
+// The stage stands still until the chunk that was collected before has been built and sent: with
+// one pool thread only the walk's own can do that.
+TEST_F(PipelineTest, CollectedChunksAreBuiltWhileTheStageIsTaken) {
+  for (const unsigned poolThreads : {1u, 2u}) {
+    SCOPED_TRACE(poolThreads);
+    std::promise<void> sent;
+    bool inTime = false;
+    sink.onMesh = [&, first = true]() mutable {
+      if (std::exchange(first, false)) sent.set_value();
+    };
+    scripted::Face* slow = Square();
+    slow->onRead = [&] { inTime = sent.get_future().wait_for(20s) == std::future_status::ready; };
+    GeometryPipeline pipeline(collector, sink, poolThreads);
+    Mesh(pipeline, 1, Faces({Square()}));
+    Mesh(pipeline, 2, Faces({slow}));
+    pipeline.Finish();
+    EXPECT_TRUE(inTime);
+  }
+}
+
 TEST_F(PipelineTest, TheFirstErrorReachesTheWalkAndNobodyWaitsForEver) {
   const auto fail = [] { throw std::runtime_error("thrown here"); };
   struct Case {
     const char* what;
-    bool inTask, inMesh, inPlacement, inWalk;
+    bool inStage, inTask, inMesh, inPlacement, inWalk;
   };
-  const Case cases[] = {{"a task", true, false, false, false},
-                        {"sending a mesh", false, true, false, false},
-                        {"sending a placement", false, false, true, false},
-                        {"the walk", false, false, false, true}};
+  const Case cases[] = {{"collecting", true, false, false, false, false},
+                        {"a task", false, true, false, false, false},
+                        {"sending a mesh", false, false, true, false, false},
+                        {"sending a placement", false, false, false, true, false},
+                        {"the walk", false, false, false, false, true}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     scripted::Face* failing = HelperSquare();
+    if (c.inStage) failing->onRead = fail;
     if (c.inTask) failing->onHelper = fail;
     sink.onMesh = c.inMesh ? std::function<void()>(fail) : nullptr;
     sink.onPlacement = c.inPlacement ? std::function<void()>(fail) : nullptr;

@@ -61,6 +61,18 @@ TEST(Gates, ConfigurationOverridesItemByItem) {
   EXPECT_EQ(Modes("meshhelper,facedata:mutex,"), "0111110");
 }
 
+// The default mode does not stand for the user's word.
+TEST(Gates, FaceDataIsSharedOnlyWhereTheLastWordAboutItIsParallel) {
+  for (const char* text : {"facedata:parallel", "all:parallel", "all:mutex,facedata:parallel",
+                           "facedata:mutex,all:parallel,uvhelper:mutex"}) {
+    EXPECT_TRUE(ParseFaceDataIsShared(text)) << text;
+  }
+  for (const char* text : {"", "facedata:mutex", "facedata:parallel,all:mutex", "uvhelper:parallel",
+                           "facedata:Parallel", "all:parallel,facedata:mutex"}) {
+    EXPECT_FALSE(ParseFaceDataIsShared(text)) << text;
+  }
+}
+
 TEST(Gates, MutexModeKeepsThreadsApart) {
   std::atomic<int> inside{0};
   std::atomic<int> most{0};

@@ -40,6 +40,7 @@ constexpr Prefix kPrefixes[] = {
     {"SUEdgeGetSmooth", kFaceData},
     {"SUEdgeGetNumFaces", kFaceData},
     {"SUEdgeGetFaces", kFaceData},
+    {"SUVertexGetPosition", kFaceData},
 };
 
 int categoryOf(std::string_view function) {
