@@ -25,10 +25,10 @@ namespace quellix {
 // other collection has. So a look-up touches what the faces before have touched, however large the
 // model is.
 //
-// Any number of threads may collect and read at once, except in Clear and CollectSmoothingGroup;
-// one of them, which walks the model, enters scopes. Whoever meets a face or an edge first reads
-// it, without a lock; others that need it wait until that is done. What was read stays as it is and
-// where it is.
+// Any number of threads may collect and read at once, where the host bears that, except in Clear,
+// CollectSmoothingGroup and CollectFans; one of them, which walks the model, enters scopes. Whoever
+// meets a face or an edge first reads it, without a lock; others that need it wait until that is
+// done. What was read stays as it is and where it is.
 class FaceCollector {
  public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
