@@ -174,9 +174,9 @@ TEST_F(Handshake, ACallbackAtRestSendsAsAnyOther) {
 TEST_F(Handshake, ALateEndOfAReloadIsNotThatOfALaterCommand) {
   for (const int delay : {150, 1400}) {
     SCOPED_TRACE(delay);
-    Start(
-        R"([{"command": "ReloadFromPlugin", "repeat": 2, "delay_ms": )" + std::to_string(delay) +
-        R"(}, {"command": "SetMessage", "delay_ms": 100}, {"command": "CloseApp", "delay_ms": 150}])");
+    Start(R"([{"command": "ReloadFromPlugin", "repeat": 2, "delay_ms": )" + std::to_string(delay) +
+          R"(}, {"command": "GetLinkCamera", "repeat": 2, "delay_ms": 30},
+              {"command": "SetMessage", "delay_ms": 100}, {"command": "CloseApp", "delay_ms": 150}])");
     link.ReloadFromPlugin();
     EXPECT_FALSE(link.GetLinkCamera());
     link.ReloadFromPlugin();
