@@ -173,9 +173,18 @@ class CallbacksTest < LinkTest
 
   # A callback that leaves for another fiber is still inside its method.
   def test_a_fiber_that_is_left_in_a_callback_is_told_and_goes_on
-    receiver = Receiver.new(on_reload: -> { Fiber.yield(:left); link.show_message("resumed") })
-    assert start(QUESTION, receiver: receiver)
-    fiber = Fiber.new { poll_until { receiver.calls.any? }; :ended }
+    leaving = nil
+    receiver = Receiver.new(on_reload: lambda do
+      next unless leaving
+      leaving = false
+      Fiber.yield(:left)
+      link.show_message("resumed")
+    end)
+    assert start(QUESTION.merge(repeat: "forever"), receiver: receiver)
+    # The renderer is up: sanitizers cannot follow a C++ exception on a fiber's stack.
+    poll_until { receiver.calls.any? }
+    leaving = true
+    fiber = Fiber.new { poll_until { leaving == false }; :ended }
     assert_equal :left, fiber.resume
     error = assert_raises(RuntimeError) { link.show_message("from outside") }
     assert_equal "another fiber is inside a method of the extension; resume it until its end", error.message
