@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -86,8 +87,10 @@ TEST_F(RendererProcessTest, TheProgramGetsItsFullPathAndThisProcessInItsOwnFolde
 
 // What a host may do with the ends of its children.
 void ReapAnyChild(int) {
+  const int error = errno;
   while (::waitpid(-1, nullptr, WNOHANG) > 0) {
   }
+  errno = error;
 }
 
 TEST_F(RendererProcessTest, AProcessThatEndsAtOnceIsSeenToEnd) {
