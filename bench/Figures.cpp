@@ -44,7 +44,7 @@ void Figures::Save() const {
 }
 
 void Figures::Print() const {
-  std::printf("\n%-30s %12s %-12s %10s\n", "figure", "value", "unit", "goal");
+  std::printf("\n%-34s %12s %-12s %10s\n", "figure", "value", "unit", "goal");
   for (const json& figure : content["figures"]) {
     const double value = figure["value"];
     const bool lower = figure["better"] == "lower";
@@ -57,7 +57,7 @@ void Figures::Print() const {
       goal = text;
       verdict = (lower ? value <= wanted : value >= wanted) ? "met" : "MISSED";
     }
-    std::printf("%-30s %12.4g %-12s %10s  %s\n", figure["name"].get<std::string>().c_str(), value,
+    std::printf("%-34s %12.4g %-12s %10s  %s\n", figure["name"].get<std::string>().c_str(), value,
                 figure["unit"].get<std::string>().c_str(), goal.c_str(), verdict);
   }
 }

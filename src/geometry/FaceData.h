@@ -114,7 +114,7 @@ class FaceData {
   std::uint32_t repeated : 1 = 0;
   std::uint32_t valid : 1 = 0;
   std::atomic<State> state{State::Unread};
-  bool visited = false;  // the collecting thread's
+  bool visited = false;     // the collecting thread's
   std::uint32_t scope = 0;  // of the collector, which the face is found in
 };
 

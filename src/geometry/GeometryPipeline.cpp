@@ -16,6 +16,9 @@ namespace {
 // A walk that found as many chunks as may be goes on when so many are left, instead of being woken
 // for each.
 constexpr std::size_t kResumeChunks = 96;
+// A thread that sleeps because nothing is collected is woken for so many chunks: waking it for each
+// would cost the collecting thread, which the export waits for.
+constexpr std::size_t kWakeChunks = 4;
 
 }  // namespace
 
@@ -113,21 +116,21 @@ void GeometryPipeline::Help(std::size_t untilChunks) {
 bool GeometryPipeline::WorkOnce(std::unique_lock<std::mutex>& lock) {
   if (!CanWork()) return false;
   const bool collect = !unread.empty() && !collecting;
-  std::deque<ChunkWork>& from = collect ? unread : ready;
-  const ChunkWork work = std::move(from.front());
+  boost::circular_buffer<ChunkWork>& from = collect ? unread : ready;
+  ChunkWork work = std::move(from.front());
   from.pop_front();
   if (collect) collecting = !collectorShared;
   lock.unlock();
   if (collect) Attempt([&] { CollectFaces(*work.chunk); });
   if (!collect || collectorShared) {
-    BuildChunk(work);
+    BuildChunk(std::move(work));
     lock.lock();
     return true;
   }
   lock.lock();
   collecting = false;
-  ready.push_back(work);
-  workChanged.notify_one();
+  ready.push_back(std::move(work));
+  if (ready.size() >= kWakeChunks || unread.empty()) workChanged.notify_one();
   return true;
 }
 
@@ -156,7 +159,7 @@ void GeometryPipeline::CollectFaces(FaceChunk& chunk) {
   }
 }
 
-void GeometryPipeline::BuildChunk(const ChunkWork& work) {
+void GeometryPipeline::BuildChunk(ChunkWork work) {
   Attempt([&] {
     EvaluateTextures(*work.chunk);
     BuildMeshes(*work.chunk);

@@ -10,6 +10,8 @@
 #include <mutex>
 #include <thread>
 
+#include <boost/circular_buffer.hpp>
+
 #include "geometry/FaceCollector.h"
 #include "geometry/FaceWork.h"
 #include "geometry/GeoMeshJob.h"
@@ -75,7 +77,7 @@ class GeometryPipeline {
   template <class Work>
   void Attempt(Work&& work);
   void CollectFaces(FaceChunk& chunk);
-  void BuildChunk(const ChunkWork& work);
+  void BuildChunk(ChunkWork work);
   void EvaluateTextures(FaceChunk& chunk);
   void BuildMeshes(FaceChunk& chunk);
   void EndWorkers();
@@ -103,10 +105,10 @@ class GeometryPipeline {
   const bool collectorShared;  // by threads that collect at the same time
   std::mutex workMutex;        // guards what follows
   std::condition_variable workChanged;
-  std::deque<ChunkWork> unread;
-  std::deque<ChunkWork> ready;  // collected
-  bool collecting = false;      // the stage is taken
-  bool ended = false;           // no chunk comes any more
+  boost::circular_buffer<ChunkWork> unread{kMaxChunks};
+  boost::circular_buffer<ChunkWork> ready{kMaxChunks};  // collected
+  bool collecting = false;                              // the stage is taken
+  bool ended = false;                                   // no chunk comes any more
   std::size_t chunksInFlight = 0;
   std::size_t peakChunks = 0;
 

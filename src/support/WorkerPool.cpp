@@ -50,42 +50,31 @@ void WorkerPool::WaitIdle() {
   if (firstError) std::rethrow_exception(std::exchange(firstError, nullptr));
 }
 
+// The lock is let go while a task runs.
 void WorkerPool::Work() {
   std::unique_lock<std::mutex> lock(mutex);
   for (;;) {
     taskAvailable.wait(lock, [this] { return stopping || !tasks.empty(); });
     if (tasks.empty()) return;
-    RunNext(lock);
+    Task task = std::move(tasks.front());
+    tasks.pop_front();
+    ++active;
+    lock.unlock();
+
+    std::exception_ptr error;
+    try {
+      task();
+    } catch (...) {
+      error = std::current_exception();
+    }
+    // What the task captured must be gone before the owner is told that all is idle.
+    task = nullptr;
+
+    lock.lock();
+    if (error && !firstError) firstError = error;
+    --active;
+    if (tasks.empty() && active == 0) allIdle.notify_all();
   }
-}
-
-bool WorkerPool::RunOne() {
-  std::unique_lock<std::mutex> lock(mutex);
-  if (tasks.empty()) return false;
-  RunNext(lock);
-  return true;
-}
-
-// The lock is let go while the task runs.
-void WorkerPool::RunNext(std::unique_lock<std::mutex>& lock) {
-  Task task = std::move(tasks.front());
-  tasks.pop_front();
-  ++active;
-  lock.unlock();
-
-  std::exception_ptr error;
-  try {
-    task();
-  } catch (...) {
-    error = std::current_exception();
-  }
-  // What the task captured must be gone before the owner is told that all is idle.
-  task = nullptr;
-
-  lock.lock();
-  if (error && !firstError) firstError = error;
-  --active;
-  if (tasks.empty() && active == 0) allIdle.notify_all();
 }
 
 }  // namespace quellix

@@ -16,7 +16,7 @@ namespace quellix {
 unsigned WorkerCount(unsigned hardwareThreads);
 
 // A fixed set of threads that take tasks from one first-in-first-out queue. Tasks start in queue
-// order and finish in any. Enqueue, RunOne and WaitIdle are for the pool's owner.
+// order and finish in any. Enqueue and WaitIdle are for the pool's owner.
 class WorkerPool {
  public:
   using Task = std::function<void()>;
@@ -33,17 +33,12 @@ class WorkerPool {
 
   void Enqueue(Task task);
 
-  // Runs the next task on the calling thread, which counts as a worker meanwhile. False when no
-  // task waits to be started.
-  bool RunOne();
-
   // Returns when the queue is empty and no task runs. Throws what the first failed task since the
   // last WaitIdle threw: a task's error ends that task alone and is kept for the owner.
   void WaitIdle();
 
  private:
   void Work();
-  void RunNext(std::unique_lock<std::mutex>& lock);
   void StopAndJoin();
 
   std::vector<std::thread> threads;

@@ -132,28 +132,6 @@ TEST(WorkerPool, AFailingTaskEndsAloneAndIsToldToTheOwner) {
   EXPECT_EQ(done, 30);
 }
 
-// With its only worker busy, what is done is done by the owner; the pool is idle only after it.
-TEST(WorkerPool, TheOwnerRunsWhatNoWorkerHasBegun) {
-  WorkerPool pool(1);
-  EXPECT_FALSE(pool.RunOne()) << "nothing is queued";
-  std::promise<void> begun;
-  std::promise<void> release;
-  pool.Enqueue([&] {
-    begun.set_value();
-    release.get_future().wait();
-  });
-  begun.get_future().wait();
-  std::vector<std::thread::id> ranOn;
-  for (int i = 0; i < 2; ++i) pool.Enqueue([&] { ranOn.push_back(std::this_thread::get_id()); });
-  pool.Enqueue([] { throw std::runtime_error("the owner's"); });
-  int ran = 0;
-  while (pool.RunOne()) ++ran;
-  EXPECT_EQ(ran, 3);
-  EXPECT_EQ(ranOn, std::vector(2, std::this_thread::get_id()));
-  release.set_value();
-  EXPECT_THROW(pool.WaitIdle(), std::runtime_error) << "told as any task's error is";
-}
-
 // What a thread keeps is whole until its end, and gone after it, however short its life.
 TEST(PerThread, IsEachThreadsOwnAndDestroyedWholeAtItsEnd) {
   static std::atomic<int> whole{0};
