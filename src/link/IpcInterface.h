@@ -184,7 +184,7 @@ class IpcInterface {
 
   bool Commit(bool wait);
   bool WaitCompletion();
-  bool TakeCompletion(double& lateBy);
+  bool TakeCompletion(double& settledAt);
   bool FlushPending();
   bool AwaitPending();
   bool AwaitOutstanding();
