@@ -16,9 +16,6 @@ namespace {
 // A walk that found as many chunks as may be goes on when so many are left, instead of being woken
 // for each.
 constexpr std::size_t kResumeChunks = 96;
-// A thread that sleeps because nothing is collected is woken for so many chunks: waking it for each
-// would cost the collecting thread, which the export waits for.
-constexpr std::size_t kWakeChunks = 4;
 
 }  // namespace
 

@@ -34,6 +34,9 @@ class GeometryPipeline {
  public:
   static constexpr std::size_t kMaxChunks = 128;
   static constexpr std::size_t kMaxEntries = 256;
+  // A thread that sleeps because nothing is collected is woken for so many chunks: waking it for
+  // each would cost the collecting thread, which the export waits for.
+  static constexpr std::size_t kWakeChunks = 4;
 
   // Starts the pool and the sender. Throws std::system_error when a thread cannot be started.
   GeometryPipeline(FaceCollector& faceCollector, MeshSink& meshSink, unsigned poolThreads);

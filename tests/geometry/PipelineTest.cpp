@@ -157,8 +157,8 @@ TEST_F(PipelineTest, AStalledPoolMakesTheWalkWait) {
   EXPECT_EQ(sink.vertices, 300u * 64 * 4);
 }
 
-// The stage stands still until the chunk that was collected before has been built and sent: with
-// one pool thread only the walk's own can do that.
+// The stage stands still until the first of the chunks that were collected before has been built and
+// sent: with one pool thread only the walk's own can do that. They are as many as it is woken for.
 TEST_F(PipelineTest, CollectedChunksAreBuiltWhileTheStageIsTaken) {
   for (const unsigned poolThreads : {1u, 2u}) {
     SCOPED_TRACE(poolThreads);
@@ -170,8 +170,9 @@ TEST_F(PipelineTest, CollectedChunksAreBuiltWhileTheStageIsTaken) {
     scripted::Face* slow = Square();
     slow->onRead = [&] { inTime = sent.get_future().wait_for(20s) == std::future_status::ready; };
     GeometryPipeline pipeline(collector, sink, poolThreads);
-    Mesh(pipeline, 1, Faces({Square()}));
-    Mesh(pipeline, 2, Faces({slow}));
+    std::uint64_t id = 0;
+    while (id < GeometryPipeline::kWakeChunks) Mesh(pipeline, ++id, Faces({Square()}));
+    Mesh(pipeline, ++id, Faces({slow}));
     pipeline.Finish();
     EXPECT_TRUE(inTime);
   }
