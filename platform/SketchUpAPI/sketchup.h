@@ -2,6 +2,7 @@
 #ifndef SKETCHUPAPI_SKETCHUP_H_
 #define SKETCHUPAPI_SKETCHUP_H_
 
+#include <SketchUpAPI/application/application.h>
 #include <SketchUpAPI/color.h>
 #include <SketchUpAPI/common.h>
 #include <SketchUpAPI/geometry.h>

@@ -45,6 +45,21 @@ VALUE closeModel(VALUE self) {
   return Qnil;
 }
 
+// The active model's object, which Ruby asks back.
+VALUE activeModel = Qnil;
+
+// ModelHost.active = model, or nil
+VALUE setActive(VALUE, VALUE model) {
+  const SUModelRef ref = NIL_P(model) ? SUModelRef SU_INVALID : modelRefOf(model);
+  check(modelhost_set_active_model(ref), "the model cannot be made the active one");
+  return activeModel = model;
+}
+
+VALUE active(VALUE) {
+  SUModelRef ref = SU_INVALID;
+  return SUApplicationGetActiveModel(&ref) == SU_ERROR_NONE ? activeModel : Qnil;
+}
+
 VALUE handle(VALUE self) {
   return ULL2NUM(reinterpret_cast<std::uintptr_t>(modelRefOf(self).ptr));
 }
@@ -169,6 +184,9 @@ VALUE setOption(VALUE self, VALUE keyValue, VALUE value) {
 
 void defineModel() {
   singletonMethod<&load>(classes.module, "load");
+  rb_gc_register_address(&activeModel);
+  singletonMethod<&setActive>(classes.module, "active=");
+  singletonMethod<&active>(classes.module, "active");
   singletonMethod<&newModel>(classes.model, "new");
   const VALUE klass = classes.model;
   method<&closeModel>(klass, "close");
