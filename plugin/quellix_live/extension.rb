@@ -1,0 +1,18 @@
+module QuellixLive
+  # The native extension, with the switches that a live link needs.
+  module Extension
+    NATIVE = File.join(__dir__, "native")
+
+    # Loads it from the plug-in's own folder where the package has put it, or else from the load path.
+    # Switches are read when it is loaded, so they are set before.
+    def self.load
+      return if @loaded
+      ENV["QUELLIX_MESH_PER_PAINT"] ||= "1"
+      loader = File.join(NATIVE, "quellix.rb")
+      require File.file?(loader) ? loader : "Quellix"
+      @loaded = true
+    rescue LoadError => e
+      raise Error, "The extension cannot be loaded: #{e.message.lines.first.chomp}"
+    end
+  end
+end
