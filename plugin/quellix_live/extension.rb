@@ -3,6 +3,9 @@ module QuellixLive
   module Extension
     NATIVE = File.join(__dir__, "native")
 
+    # Whether owners of one definition in different paints get meshes of their own.
+    def self.mesh_per_paint? = ENV["QUELLIX_MESH_PER_PAINT"] == "1"
+
     # Loads it from the plug-in's own folder where the package has put it, or else from the load path.
     # Switches are read when it is loaded, so they are set before.
     def self.load
