@@ -78,7 +78,10 @@ module QuellixLive
       return false unless running? && @watch && !@busy
       return renderer_gone unless alive?
       @sync_soon = @skip_once = false
-      exporting { send_changes(@watch.settle) }
+      exporting do
+        raise Error, "the model is closed" if @closed
+        send_changes(@watch.settle)
+      end
     end
 
     # Sends everything again.
@@ -175,15 +178,20 @@ module QuellixLive
       tell(:error, message: "an edit could not be followed, so everything is sent again: #{error.message}")
     end
 
-    # The host shows another model, which is sent in place of the one before.
+    # The host has another document, which is sent in place of the one before. It may be the same object.
     def opened(model)
-      return if model.nil? || (model == @model && @watch && !@closed)
       @handle = nil
       watch(model)
       @watch.everything
+      @another = @view_due = @background_due = true
     end
 
-    # The model is being closed; another is told by `opened`.
+    # Where the host has several documents.
+    def activated(model)
+      opened(model) if @closed || model != @model
+    end
+
+    # The model is being closed; what the host shows then is told by `opened`.
     def closed
       @closed = true
       @watch&.detach
@@ -256,18 +264,18 @@ module QuellixLive
     end
 
     def send_view
-      @link.set_model_name(@model.path) if @name_due
-      if @background_due
-        @link.set_background_settings(Camera.background(@model))
-      end
-      @link.do_rendering_without_progress(*Camera.arguments(@model)) if @view_due
+      name, background, view = @name_due, @background_due, @view_due
       @name_due = @background_due = @view_due = false
+      @link.set_model_name(@model.path) if name
+      @link.set_background_settings(Camera.background(@model)) if background
+      @link.do_rendering_without_progress(*Camera.arguments(@model)) if view
     end
 
     # Moves alone need no export.
     def send_changes(changes)
       changes.report(@link)
-      import(true) if changes.export?
+      import(!@another) if changes.export?
+      @another = false
       true
     end
 

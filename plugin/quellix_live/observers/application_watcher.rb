@@ -3,7 +3,8 @@ module QuellixLive
   class ApplicationWatcher < Sketchup::AppObserver
     extend Watching
 
-    tells(:onNewModel, :onOpenModel, :onActivateModel) { |watch, model| watch.opened(model) }
-    tells(:onQuit) { |watch, *| watch.quit }
+    tells(:onNewModel, :onOpenModel) { |link, model| link.opened(model) }
+    tells(:onActivateModel) { |link, model| link.activated(model) }
+    tells(:onQuit) { |link, *| link.quit }
   end
 end
