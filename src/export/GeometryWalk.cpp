@@ -23,10 +23,10 @@ bool AcceptAll(SUComponentDefinitionRef) {
 
 // Said here and not only where the mesh is sent: the definition's next placement, which may be in
 // order, must send the mesh then.
-bool HasPlace(const MeshPlacement& placement) {
-  if (AllFinite(glm::value_ptr(placement.transform), 16)) return true;
+bool HasPlace(std::uint64_t definitionId, const glm::mat4& transform) {
+  if (AllFinite(glm::value_ptr(transform), 16)) return true;
   LogLine("left out: a placement of definition %llu, whose transform is no number",
-          static_cast<unsigned long long>(placement.meshId & ~kFacingMeshBit));
+          static_cast<unsigned long long>(definitionId));
   return false;
 }
 
@@ -83,29 +83,33 @@ void GeometryWalk::ExportLooseGeometry(SUEntitiesRef su_root, const InheritanceM
   importer.geometry.CloseMesh(mesh, placement);
   {
     const std::lock_guard<std::mutex> guard(importer.lock);
-    importer.exportedDefinitions[su_root] = 0;
+    importer.exportedDefinitions[{su_root.ptr, nullptr}] = 0;
   }
   Record(0);
 }
 
-void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t meshId,
+void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t definitionId,
                                             bool manifold, std::uint64_t cacheKey) {
   if (importer.Abandoned()) return;
   ReloadCaches& caches = ReloadCaches::Instance();
   const bool facing = importer.geometry.Pass() == 1;
   if (cacheKey == kOutermostOwner) cacheKey = OwnerOf(*params.manager);
-  if (facing) {
-    meshId |= kFacingMeshBit;
-  } else if (caches.TryUseCachedGeometry(cacheKey, importer.reload, importer.cachedGeometryPids)) {
+  if (!facing &&
+      caches.TryUseCachedGeometry(cacheKey, importer.reload, importer.cachedGeometryPids)) {
     return;
   }
 
-  MeshPlacement placement{meshId, params.manager->CurrentTransform(), cacheKey, manifold};
-  if (!HasPlace(placement)) return;
+  const glm::mat4 transform = params.manager->CurrentTransform();
+  if (!HasPlace(definitionId, transform)) return;
+  const SUMaterialRef su_paint = importer.meshPerPaint
+                                     ? paints.TakenBy(params.definition, *params.manager)
+                                     : SUMaterialRef SU_INVALID;
+  MeshPlacement placement{MeshIdOf(definitionId, su_paint), transform, cacheKey, manifold};
+  const std::pair<const void*, const void*> look{params.entities.ptr, su_paint.ptr};
   bool known = false;
   {
     const std::lock_guard<std::mutex> guard(importer.lock);
-    const auto exported = importer.exportedDefinitions.find(params.entities);
+    const auto exported = importer.exportedDefinitions.find(look);
     known = exported != importer.exportedDefinitions.end();
     if (known) placement.meshId = exported->second;
   }
@@ -125,9 +129,15 @@ void GeometryWalk::ExportDefinitionGeometry(IterateParams& params, std::uint64_t
   importer.geometry.CloseMesh(mesh, placement);
   {
     const std::lock_guard<std::mutex> guard(importer.lock);
-    importer.exportedDefinitions[params.entities] = meshId;
+    importer.exportedDefinitions[look] = placement.meshId;
   }
   if (!facing) Record(cacheKey);
+}
+
+std::uint64_t GeometryWalk::MeshIdOf(std::uint64_t definitionId, SUMaterialRef su_paint) const {
+  const std::uint64_t id =
+      SUIsValid(su_paint) ? PaintedMeshId(definitionId, su_paint) : definitionId;
+  return importer.geometry.Pass() == 1 ? id | kFacingMeshBit : id;
 }
 
 void GeometryWalk::CollectContent(IterateParams& params) {

@@ -42,6 +42,12 @@ inline bool IsHidden(SUDrawingElementRef su_element) {
   return hidden;
 }
 
+inline SUMaterialRef MaterialOf(SUDrawingElementRef su_element) {
+  SUMaterialRef su_material = SU_INVALID;
+  SUDrawingElementGetMaterial(su_element, &su_material);
+  return su_material;
+}
+
 inline SUComponentDefinitionRef DefinitionOf(SUComponentInstanceRef su_instance) {
   SUComponentDefinitionRef su_definition = SU_INVALID;
   SUComponentInstanceGetDefinition(su_instance, &su_definition);

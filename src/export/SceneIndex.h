@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 
 #include <boost/unordered/unordered_flat_set.hpp>
 
@@ -19,6 +20,8 @@ struct SceneIndex {
   MaterialIndexMap materialIndex;                     // material -> texture id -> renderer index
   std::map<std::uint32_t, std::uint32_t> imageIndex;  // image key -> renderer index
   boost::unordered_flat_set<std::uint64_t> owners;    // the instances and groups at the root
+  // Collections with a face that has no paint of its own on a side; only with MeshPerPaintEnabled.
+  std::set<SUEntitiesRef, CW::HandleLess> withoutPaint;
 };
 
 }  // namespace quellix

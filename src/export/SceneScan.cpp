@@ -30,12 +30,6 @@ namespace {
 using MaterialSet = std::map<SUMaterialRef, std::map<std::int32_t, IdSet>, CW::HandleLess>;
 using ImageSet = std::map<std::uint32_t, SUImageRef>;
 
-SUMaterialRef MaterialOf(SUDrawingElementRef su_element) {
-  SUMaterialRef su_material = SU_INVALID;
-  SUDrawingElementGetMaterial(su_element, &su_material);
-  return su_material;
-}
-
 SULayerRef LayerOf(SUDrawingElementRef su_element) {
   SULayerRef su_layer = SU_INVALID;
   SUDrawingElementGetLayer(su_element, &su_layer);
@@ -162,6 +156,7 @@ const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
     painted.insert(last);
   };
   SULayerRef su_previous = SU_INVALID;
+  bool withoutPaint = false;
   std::uint32_t steps = 0;
   for (const SUFaceRef su_face : FacesOf(su_entities)) {
     if (importer.Abandoned(steps)) break;
@@ -179,7 +174,9 @@ const FacesSummary& Scan::SummaryOf(SUEntitiesRef su_entities) {
     SUFaceGetBackMaterial(su_face, &su_back);
     paint(su_front, textures.front, front);
     paint(su_back, textures.back, back);
+    withoutPaint = withoutPaint || SUIsInvalid(su_front) || SUIsInvalid(su_back);
   }
+  if (withoutPaint && importer.meshPerPaint) importer.scene.withoutPaint.insert(su_entities);
   summary.materials.assign(painted.begin(), painted.end());
   return summary;
 }

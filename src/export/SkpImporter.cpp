@@ -46,6 +46,7 @@ SkpImporter::SkpImporter(IpcInterface& rendererLink, unsigned geometryThreads)
     : link(rendererLink),
       rendererAtStart(rendererLink.IsAlive()),
       unifiedScan(UnifiedScanEnabled()),
+      meshPerPaint(MeshPerPaintEnabled()),
       progress(rendererLink),
       geometry(rendererLink, progress, geometryThreads) {}
 

@@ -6,11 +6,11 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <SketchUpAPI/sketchup.h>
 
-#include "cw/Handle.h"
 #include "export/Lights.h"
 #include "export/MaterialEntry.h"
 #include "export/SceneIndex.h"
@@ -53,6 +53,7 @@ class SkpImporter {
   bool usePbr = false;
   const bool rendererAtStart;
   const bool unifiedScan;
+  const bool meshPerPaint;  // a definition has a mesh for each paint that it takes from outside
   ExportProgress progress;
 
   SceneIndex scene;
@@ -67,9 +68,10 @@ class SkpImporter {
   GeometryExport geometry;
   std::vector<std::uint64_t> cachedGeometryPids;  // owners whose meshes the renderer holds
 
-  // Definitions whose mesh this export has made, by their entities.
+  // The meshes that this export has made, by the handles of a definition's entities and of the
+  // paint that it takes from outside, which is null without `meshPerPaint`.
   std::mutex lock;
-  std::map<SUEntitiesRef, std::uint64_t, CW::HandleLess> exportedDefinitions;
+  std::map<std::pair<const void*, const void*>, std::uint64_t> exportedDefinitions;
 
  private:
   std::atomic<bool> abandoned{false};

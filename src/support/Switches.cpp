@@ -21,6 +21,10 @@ bool DefaultOn(const char* variable) {
   return IsDefaultOnFlagSet(value ? value->c_str() : nullptr);
 }
 
+bool DefaultOff(const char* variable) {
+  return IsDefaultOffFlagSet(TextOf(variable).c_str());
+}
+
 }  // namespace
 
 bool IsDefaultOnFlagSet(const char* value) {
@@ -62,7 +66,12 @@ bool GeoPipelineEnabled() {
 }
 
 bool TexDownscaleDisabled() {
-  static const bool on = IsDefaultOffFlagSet(TextOf("QUELLIX_NO_TEX_DOWNSCALE").c_str());
+  static const bool on = DefaultOff("QUELLIX_NO_TEX_DOWNSCALE");
+  return on;
+}
+
+bool MeshPerPaintEnabled() {
+  static const bool on = DefaultOff("QUELLIX_MESH_PER_PAINT");
   return on;
 }
 

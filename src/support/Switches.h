@@ -21,6 +21,7 @@ bool OwnTessEnabled();        // QUELLIX_OWN_TESS, default on
 bool GeoParallelEnabled();    // QUELLIX_GEO_PARALLEL, default on
 bool GeoPipelineEnabled();    // QUELLIX_GEO_PIPELINE, default on
 bool TexDownscaleDisabled();  // QUELLIX_NO_TEX_DOWNSCALE, default off
+bool MeshPerPaintEnabled();   // QUELLIX_MESH_PER_PAINT, default off
 
 // Paths of diagnostic files, UTF-8; empty when the diagnostic is off.
 const std::string& IpcDigestPath();     // QUELLIX_IPC_DIGEST
