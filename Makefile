@@ -51,13 +51,14 @@ bench: build
 	@cmake --build --preset $(PRESET) --parallel $(JOBS) --target bench_report
 	@"$(build_dir)/bench/bench_report" "$(CURDIR)/out/bench.json" $(SIZE)
 
+soak_ruby := EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
+  KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 ROUNDS=1000 \
+  HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 FACE_POINTS=100000 "$(ruby)" -W -E UTF-8
 soak: build
 	@for name in kill trouble hostile left_out reload random_reload hosts; do \
-	  EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
-	    KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 ROUNDS=1000 \
-	    HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 FACE_POINTS=100000 \
-	    "$(ruby)" -W -E UTF-8 tests/soak/$${name}_test.rb || exit 1; \
+	  $(soak_ruby) tests/soak/$${name}_test.rb || exit 1; \
 	done
+	@QUELLIX_MESH_PER_PAINT=1 $(soak_ruby) tests/soak/random_reload_test.rb
 
 fuzz:
 	@scripts/setup.sh fuzz

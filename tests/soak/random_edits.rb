@@ -8,6 +8,7 @@ class RandomEdits
   # The smallest by their pixels, whose numbers a file of this kind has at its beginning.
   PICTURES = Dir.glob("/usr/share/assimp/models/**/*.png").sort_by { |file| [File.binread(file, 8, 16).unpack("N2").reduce(:*), file] }.first(3).freeze
   DEFINITIONS = 7
+  MESH_PER_PAINT = !["", "0"].include?(ENV["QUELLIX_MESH_PER_PAINT"].to_s)
 
   attr_reader :model, :pbr, :done
 
@@ -30,7 +31,7 @@ class RandomEdits
     uneven_before = uneven
     send(kind)
     @done << kind
-    # One mesh a definition is sent: where its owners wear different paints, the first one's counts.
+    # Without a mesh for each paint the first owner's counts where others wear another one.
     (uneven_before | uneven).each { |definition| @calls.invalidate_definition(definition.persistent_id) if definition.valid? }
   end
 
@@ -38,7 +39,7 @@ class RandomEdits
 
   # Each with how often it comes; what shares a table entry with another is told apart by chance.
   KINDS = {
-    move_top: 4, move_nested: 2, paint_top: 1, paint_nested: 2, hide_top: 2, hide_nested: 2, layer_top: 2,
+    move_top: 4, move_nested: 2, paint_top: MESH_PER_PAINT ? 6 : 1, paint_nested: 2, hide_top: 2, hide_nested: 2, layer_top: 2,
     layer_nested: 2, add_top: 2, add_nested: 2, erase_top: 2, erase_nested: 1, add_group: 2, make_unique: 1,
     paint_face: 4, distort_face: 4, add_face: 3, erase_face: 1.5, turn_face: 1, hide_face: 1, layer_face: 2, hole: 1, smooth: 1,
     color: 2, opacity: 1, texture: 3, factors: 2, attributes: 2, shift: 1, name_material: 1, remove_material: 2,
@@ -84,6 +85,7 @@ class RandomEdits
   def id(entity) = entity.persistent_id & 0xFFFFFFFF
 
   def uneven
+    return [] if MESH_PER_PAINT
     @model.entities.instances.group_by(&:definition)
           .select { |_, owners| owners.map { |owner| owner.material }.uniq.size > 1 }.keys
   end
@@ -155,7 +157,8 @@ class RandomEdits
     worn = paint
     same = draw(2).zero? ? [element] : top.select { |other| other.definition == element.definition }
     same.each { |other| other.material = worn }
-    @calls.invalidate_definition(id(element.definition))
+    return @calls.invalidate_definition(id(element.definition)) unless MESH_PER_PAINT
+    same.each { |other| @calls.invalidate_geometry_cache(id(other)) }
   end
 
   def hide_top = any(top)&.then { |element| element.hidden = hide? }
