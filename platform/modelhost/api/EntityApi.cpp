@@ -20,7 +20,9 @@ Entities* parentOf(const Entity& entity) {
   return nullptr;
 }
 
-SURefType typeOf(Kind kind) {
+}  // namespace
+
+SURefType modelhost::typeOf(Kind kind) {
   switch (kind) {
     case Kind::Vertex:
       return SURefType_Vertex;
@@ -52,8 +54,6 @@ SURefType typeOf(Kind kind) {
       return SURefType_Unknown;
   }
 }
-
-}  // namespace
 
 SURefType SUEntityGetType(SUEntityRef entity) {
   MODELHOST_CALL_INFALLIBLE(SUEntityGetType);

@@ -102,6 +102,7 @@ SUResult SUFaceAddInnerLoop(SUFaceRef face, const SUPoint3D vertices[], SULoopIn
   if (vertices == nullptr || loop == nullptr) return SU_ERROR_NULL_POINTER_INPUT;
   const LoopInput* input = find(*loop);
   if (input == nullptr) return SU_ERROR_INVALID_INPUT;
+  willChange(*f);
   const SUResult result = addHole(*f, pointsFor(*input, vertices), *input);
   return result == SU_ERROR_NONE ? release(loop) : result;
 }
@@ -125,11 +126,7 @@ SUResult SUFaceReverse(SUFaceRef face) {
   MODELHOST_CALL(SUFaceReverse);
   return change(face, [](Face& f) {
     f.plane = {-f.plane.a, -f.plane.b, -f.plane.c, -f.plane.d};
-    for (const auto& loop : f.loops) {
-      std::reverse(loop->vertices.begin(), loop->vertices.end());
-      std::reverse(loop->edges.begin(), loop->edges.end());
-      std::rotate(loop->edges.begin(), loop->edges.begin() + 1, loop->edges.end());
-    }
+    f.turnLoops();
     std::swap(f.material, f.backMaterial);
     std::swap(f.frontMapping, f.backMapping);
   });

@@ -111,6 +111,7 @@ SUResult SUFacePositionMaterial(SUFaceRef face, bool front, SUMaterialRef materi
   const auto mapping = UvMapping::through({points, num_points}, {uv_coords, num_points},
                                           f->sideNormal(front), tileOf(m));
   if (!mapping) return SU_ERROR_INVALID_ARGUMENT;
+  willChange(*f);
   f->paint(front, m, mapping);
   return SU_ERROR_NONE;
 }

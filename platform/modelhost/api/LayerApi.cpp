@@ -118,7 +118,12 @@ SUResult SULayerFolderAddLayer(SULayerFolderRef folder, SULayerRef layer) {
   if (f == nullptr || l == nullptr || f->model() != l->model() || !f->model()) {
     return SU_ERROR_INVALID_INPUT;
   }
-  if (l->folder != nullptr) std::erase(l->folder->layers, l);
+  willChange(*l);
+  if (l->folder != nullptr) {
+    willChange(*l->folder);
+    std::erase(l->folder->layers, l);
+  }
+  willChange(*f);
   l->folder = f;
   f->layers.push_back(l);
   return SU_ERROR_NONE;
@@ -129,6 +134,8 @@ SUResult SULayerFolderRemoveLayer(SULayerFolderRef folder, SULayerRef layer) {
   LayerFolder* f = find(folder);
   Layer* l = find(layer);
   if (f == nullptr || l == nullptr || l->folder != f) return SU_ERROR_INVALID_INPUT;
+  willChange(*l);
+  willChange(*f);
   std::erase(f->layers, l);
   l->folder = nullptr;
   return SU_ERROR_NONE;
@@ -142,7 +149,12 @@ SUResult SULayerFolderAddLayerFolder(SULayerFolderRef folder, SULayerFolderRef c
     return SU_ERROR_INVALID_INPUT;
   }
   if (f->isWithin(*c)) return SU_ERROR_INVALID_ARGUMENT;
-  if (c->parent != nullptr) std::erase(c->parent->folders, c);
+  willChange(*c);
+  willChange(*f);
+  if (c->parent != nullptr) {
+    willChange(*c->parent);
+    std::erase(c->parent->folders, c);
+  }
   c->parent = f;
   f->folders.push_back(c);
   return SU_ERROR_NONE;

@@ -94,6 +94,9 @@ SUResult modelhost_remove(SUEntityRef entity) {
       if (static_cast<Definition&>(*e).type != SUComponentType_Normal) break;
       model.remove(static_cast<Definition&>(*e));
       return SU_ERROR_NONE;
+    case Kind::LayerFolder:
+      model.remove(static_cast<LayerFolder&>(*e));
+      return SU_ERROR_NONE;
     default:
       break;
   }

@@ -68,10 +68,17 @@ SUResult giveList(Ref ref, std::size_t len, OutRef out[], std::size_t* count, Re
                   [](const auto& item) { return refOf<OutRef>(&*item); });
 }
 
+// What is not part of a model changes unseen.
+template <class T>
+void beforeChange(T& object) {
+  if constexpr (requires { willChange(object); }) willChange(object);
+}
+
 template <class Ref, class Change>
 SUResult change(Ref ref, Change apply) {
   auto* object = find(ref);
   if (object == nullptr) return SU_ERROR_INVALID_INPUT;
+  beforeChange(*object);
   apply(*object);
   return SU_ERROR_NONE;
 }
@@ -81,6 +88,7 @@ SUResult changeFrom(Ref ref, const In* in, Change apply) {
   auto* object = find(ref);
   if (object == nullptr) return SU_ERROR_INVALID_INPUT;
   if (in == nullptr) return SU_ERROR_NULL_POINTER_INPUT;
+  beforeChange(*object);
   apply(*object, *in);
   return SU_ERROR_NONE;
 }

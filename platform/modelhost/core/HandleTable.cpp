@@ -50,6 +50,18 @@ void HandleTable::remove(void* handle) {
   live_[(tag >> kGenerationBits) & 31].fetch_sub(1, std::memory_order_relaxed);
 }
 
+void HandleTable::setShown(void* handle, bool shown) {
+  const auto bits = reinterpret_cast<std::uintptr_t>(handle);
+  const std::size_t index = bits & kIndexMask;
+  const std::uint64_t tag = bits >> kIndexBits;
+  Slot& slot = pages_[index >> kPageBits].load(std::memory_order_relaxed)[index & kPageMask];
+  slot.tag.store(shown ? tag : tag & kGenerationMask, std::memory_order_release);
+}
+
+void Object::setShown(bool shown) const {
+  HandleTable::instance().setShown(handle_, shown);
+}
+
 Object::Object(Kind kind) : handle_(HandleTable::instance().add(*this, kind)), kind_(kind) {}
 
 Object::~Object() {

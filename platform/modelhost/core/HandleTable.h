@@ -22,6 +22,8 @@ class HandleTable {
 
   void* add(Object& object, Kind kind);
   void remove(void* handle);
+  // A handle that is not shown stands for nothing; its slot stays its own.
+  void setShown(void* handle, bool shown);
 
   // The object, when `handle` is live and of one of `kinds` (bits as of bitOf). No lock: may run
   // on any number of threads, while others add and remove.

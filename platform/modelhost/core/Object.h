@@ -49,6 +49,8 @@ class Object {
 
   void* handle() const { return handle_; }
   Kind kind() const { return kind_; }
+  // Whether its handle stands for it, as at first.
+  void setShown(bool shown) const;
 
  protected:
   explicit Object(Kind kind);

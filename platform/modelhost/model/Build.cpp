@@ -160,6 +160,7 @@ SUResult fill(Entities& entities, const GeometryInput& input, bool weld) {
     Vertex& end = *vertices[edgeInput.end];
     if (&start == &end) continue;
     Edge& edge = entities.edgeBetween(start, end);
+    willChange(edge);
     edge.hidden = edgeInput.flags.hidden;
     edge.soft = edgeInput.flags.soft;
     edge.smooth = edgeInput.flags.smooth;

@@ -2,6 +2,8 @@
 
 #include <unordered_set>
 
+#include "model/Model.h"
+
 namespace modelhost {
 
 Definition::Definition(SUComponentType definitionType)
@@ -43,11 +45,47 @@ Instance::Instance(Kind kind, Definition& placed, std::shared_ptr<Definition> sh
 }
 
 Instance::~Instance() {
+  if (joined_) leave();
+}
+
+void Instance::leave() {
+  joined_ = false;
   if (definition_ == nullptr) return;
   auto& all = definition_->instances;
   all[slot_] = all.back();
   all[slot_]->slot_ = slot_;
   all.pop_back();
+}
+
+void Instance::join() {
+  joined_ = true;
+  auto& all = definition_->instances;
+  if (slot_ == all.size()) {
+    all.push_back(this);
+    return;
+  }
+  // Whoever took this place when it left was the last.
+  all[slot_]->slot_ = all.size();
+  all.push_back(all[slot_]);
+  all[slot_] = this;
+}
+
+void Instance::place(Definition& other, std::shared_ptr<Definition> otherShared) {
+  Recorder* recorder = model() != nullptr ? model()->recorder() : nullptr;
+  auto exchange = [this, to = &other, shared = std::move(otherShared),
+                         slot = other.instances.size()](const auto& placed) mutable {
+    placed(false);
+    std::swap(definition_, to);
+    std::swap(shared_, shared);
+    std::swap(slot_, slot);
+    placed(true);
+  };
+  auto kept = std::make_shared<decltype(exchange)>(exchange);
+  (*kept)([this](bool present) { present ? join() : leave(); });
+  if (recorder == nullptr) return;
+  recorder->add([this, kept, recorder] {
+    (*kept)([&](bool present) { recorder->setPlaced(*this, present); });
+  });
 }
 
 double Image::width() const {

@@ -46,6 +46,13 @@ class Instance : public DrawingElement {
   // Groups and images keep their definition alive together.
   const std::shared_ptr<Definition>& sharedDefinition() const { return shared_; }
 
+  // Whether it counts among its definition's instances, as at first. Taken back in reverse order,
+  // these restore the order of those instances.
+  void leave();
+  void join();
+  // Places another definition of the same kind instead; groups and images hold it.
+  void place(Definition& other, std::shared_ptr<Definition> otherShared);
+
   std::string name;
   SUTransformation transform = identity();
 
@@ -57,6 +64,7 @@ class Instance : public DrawingElement {
   Definition* definition_;
   std::shared_ptr<Definition> shared_;
   std::size_t slot_;
+  bool joined_ = true;
 };
 
 class Group : public Instance {

@@ -11,10 +11,70 @@ namespace modelhost {
 Entities::Entities(Definition* owner) : Object(Kind::Entities), owner_(owner) {}
 
 Entities::~Entities() {
-  clear();
+  release();
+}
+
+Recorder* Entities::recorder() const {
+  return model_ != nullptr ? model_->recorder() : nullptr;
+}
+
+template <class T>
+void Entities::noteAppended(std::vector<std::unique_ptr<T>>& list) {
+  Recorder* recorder = this->recorder();
+  if (recorder == nullptr) return;
+  if constexpr (std::is_same_v<T, Vertex>) {
+    recorder->appended<Vertex>(list, weld());
+  } else {
+    recorder->appended(list);
+  }
+}
+
+template <class T, class Doomed>
+void Entities::drop(std::vector<std::unique_ptr<T>>& list, Doomed doomed) {
+  Recorder* recorder = this->recorder();
+  if constexpr (std::is_same_v<T, Vertex>) {
+    const auto hook = weld();
+    if (recorder != nullptr) return recorder->take(list, doomed, hook);
+    std::erase_if(list, [&](const auto& vertex) {
+      const bool goes = doomed(vertex);
+      if (goes) hook(*vertex, false);
+      return goes;
+    });
+  } else {
+    if (recorder != nullptr) return recorder->take(list, doomed);
+    std::erase_if(list, doomed);
+  }
+}
+
+std::function<void(Vertex&, bool)> Entities::weld() {
+  return [this](Vertex& vertex, bool present) {
+    if (present) {
+      grid_.insert(vertex.position, vertex);
+    } else {
+      grid_.erase(vertex.position, vertex);
+    }
+  };
+}
+
+void Entities::move(Vertex& vertex, const SUPoint3D& to) {
+  Recorder::Flip flip = [this, &vertex, to = SUPoint3D(to)]() mutable {
+    grid_.erase(vertex.position, vertex);
+    std::swap(vertex.position, to);
+    grid_.insert(vertex.position, vertex);
+  };
+  flip();
+  if (Recorder* recorder = this->recorder()) recorder->add(std::move(flip));
 }
 
 void Entities::clear() {
+  const auto all = [](const auto&) { return true; };
+  for (auto* list : {&images_, &groups_, &instances_}) drop(*list, all);
+  drop(faces_, all);
+  drop(edges_, all);
+  drop(vertices_, all);
+}
+
+void Entities::release() {
   // Against the order of construction: what is last in its definition's list leaves it cheaply.
   while (!images_.empty()) images_.pop_back();
   while (!groups_.empty()) groups_.pop_back();
@@ -30,6 +90,7 @@ Vertex& Entities::newVertex(const SUPoint3D& p) {
   Vertex& vertex = *vertices_.back();
   grid_.insert(p, vertex);
   if (model_ != nullptr) model_->adopt(vertex);
+  noteAppended(vertices_);
   return vertex;
 }
 
@@ -47,10 +108,17 @@ Edge& Entities::edgeBetween(Vertex& a, Vertex& b) {
   }
   edges_.push_back(std::make_unique<Edge>(a, b));
   Edge& edge = *edges_.back();
-  a.edges.push_back(&edge);
-  b.edges.push_back(&edge);
   enter(edge);
+  noteAppended(edges_);
+  link(edge);
   return edge;
+}
+
+void Entities::link(Edge& edge) {
+  for (Vertex* end : {edge.start, edge.end}) {
+    if (Recorder* recorder = this->recorder()) recorder->keep(*end);
+    end->edges.push_back(&edge);
+  }
 }
 
 void Entities::enter(DrawingElement& element) {
@@ -72,10 +140,13 @@ void Entities::addLoop(Face& face, LoopSpec spec) {
   }
   face.loops.push_back(std::make_unique<Loop>(face));
   Loop& loop = *face.loops.back();
+  Recorder* recorder = this->recorder();
+  if (recorder != nullptr) recorder->appended(face.loops);
   loop.vertices = std::move(spec.vertices);
   for (std::size_t i = 0; i < n; ++i) {
     Edge& edge = edgeBetween(*loop.vertices[i], *loop.vertices[(i + 1) % n]);
     const LoopSpec::EdgeFlags& flags = spec.edges[i];
+    if (recorder != nullptr) recorder->keep(edge);
     edge.hidden = edge.hidden || flags.hidden;
     edge.soft = edge.soft || flags.soft;
     edge.smooth = edge.smooth || flags.smooth;
@@ -94,6 +165,7 @@ Face& Entities::addFace(std::vector<LoopSpec> loops, const SUPlane3D& plane) {
   Face& face = *faces_.back();
   face.plane = plane;
   enter(face);
+  noteAppended(faces_);
   for (LoopSpec& loop : loops) addLoop(face, std::move(loop));
   return face;
 }
@@ -112,6 +184,7 @@ void Entities::adopt(std::unique_ptr<Face> owned) {
   const std::unique_ptr<Entities> scratch = std::move(face.scratch);
   faces_.push_back(std::move(owned));
   enter(face);
+  noteAppended(faces_);
   const auto loops = std::move(face.loops);
   face.loops.clear();
   for (const auto& loop : loops) {
@@ -127,10 +200,11 @@ void Entities::adopt(std::unique_ptr<Edge> owned) {
   Vertex& end = weldedVertex(owned->end->position);
   owned->start = &start;
   owned->end = &end;
-  start.edges.push_back(owned.get());
-  end.edges.push_back(owned.get());
-  enter(*owned);
+  Edge& edge = *owned;
   edges_.push_back(std::move(owned));
+  enter(edge);
+  noteAppended(edges_);
+  link(edge);
 }
 
 void Entities::adopt(std::unique_ptr<Instance> owned) {
@@ -140,11 +214,15 @@ void Entities::adopt(std::unique_ptr<Instance> owned) {
                                                 : instances_;
   list.push_back(std::move(owned));
   enter(instance);
+  noteAppended(list);
 }
 
 void Entities::unlink(Face& face) {
   for (const auto& loop : face.loops) {
-    for (Edge* edge : loop->edges) std::erase(edge->faces, &face);
+    for (Edge* edge : loop->edges) {
+      if (Recorder* recorder = this->recorder()) recorder->keep(*edge);
+      std::erase(edge->faces, &face);
+    }
   }
 }
 
@@ -156,31 +234,29 @@ void Entities::erase(const std::unordered_set<const Entity*>& doomed) {
     edgesGo = true;
     faces.insert(edge->faces.begin(), edge->faces.end());
   }
-  std::erase_if(faces_, [&](const auto& face) {
+  drop(faces_, [&](const auto& face) {
     if (!faces.contains(face.get()) && !doomed.contains(face.get())) return false;
     unlink(*face);
     return true;
   });
   if (edgesGo) {
-    std::erase_if(edges_, [&](const auto& edge) {
+    drop(edges_, [&](const auto& edge) {
       if (!doomed.contains(edge.get())) return false;
-      std::erase(edge->start->edges, edge.get());
-      std::erase(edge->end->edges, edge.get());
+      for (Vertex* end : {edge->start, edge->end}) {
+        if (Recorder* recorder = this->recorder()) recorder->keep(*end);
+        std::erase(end->edges, edge.get());
+      }
       return true;
     });
     dropUnusedVertices();
   }
   for (auto* list : {&instances_, &groups_, &images_}) {
-    std::erase_if(*list, [&](const auto& instance) { return doomed.contains(instance.get()); });
+    drop(*list, [&](const auto& instance) { return doomed.contains(instance.get()); });
   }
 }
 
 void Entities::dropUnusedVertices() {
-  std::erase_if(vertices_, [&](const auto& vertex) {
-    if (!vertex->edges.empty()) return false;
-    grid_.erase(vertex->position, *vertex);
-    return true;
-  });
+  drop(vertices_, [](const auto& vertex) { return vertex->edges.empty(); });
 }
 
 void Entities::attach(Model& model) {

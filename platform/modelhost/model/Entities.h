@@ -2,6 +2,7 @@
 // definition.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <unordered_set>
@@ -53,10 +54,15 @@ class Entities : public Object {
   void adopt(std::unique_ptr<Edge> edge);
   void adopt(std::unique_ptr<Instance> instance);
 
+  // The vertex is at `to` from now on.
+  void move(Vertex& vertex, const SUPoint3D& to);
+
   // Removes elements of this collection, with what cannot be without them: edges take their
   // faces, vertices that no edge uses any more go.
   void erase(const std::unordered_set<const Entity*>& doomed);
   void clear();
+  // The same for what goes as a whole: nobody is told, and nothing comes back.
+  void release();
 
   // Makes everything here, at any depth, part of `model`.
   void attach(Model& model);
@@ -71,6 +77,16 @@ class Entities : public Object {
  private:
   friend class Face;
   void enter(DrawingElement& element);
+  // Tells the ends of an edge that it is theirs.
+  void link(Edge& edge);
+  // Keeps the places of vertices that come and go.
+  std::function<void(Vertex&, bool)> weld();
+  Recorder* recorder() const;
+  template <class T>
+  void noteAppended(std::vector<std::unique_ptr<T>>& list);
+  // Takes what doomed(item) says out of a list.
+  template <class T, class Doomed>
+  void drop(std::vector<std::unique_ptr<T>>& list, Doomed doomed);
   void takeOver(LoopSpec& spec, const Loop& loop);
   void unlink(Face& face);
   void dropUnusedVertices();

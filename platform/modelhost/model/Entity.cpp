@@ -26,6 +26,11 @@ Dictionary& Entity::dictionary(const std::string& name) {
   return *dictionaries_->back();
 }
 
+void willChange(Entity& entity) {
+  if (entity.model() == nullptr) return;
+  if (Recorder* recorder = entity.model()->recorder()) recorder->touch(entity);
+}
+
 void Entity::addDictionary(std::unique_ptr<Dictionary> dictionary) {
   if (!dictionaries_) dictionaries_ = std::make_unique<Dictionaries>();
   dictionary->owner = this;

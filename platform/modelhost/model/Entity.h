@@ -1,6 +1,8 @@
 // What every entity of a model has, and attribute dictionaries.
 #pragma once
 
+#include <SketchUpAPI/model/entity.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -13,6 +15,7 @@
 namespace modelhost {
 
 class Dictionary;
+class Recorder;
 using Dictionaries = std::vector<std::unique_ptr<Dictionary>>;
 
 class Entity : public Object {
@@ -35,12 +38,20 @@ class Entity : public Object {
 
  private:
   friend class Model;
+  friend class Recorder;
   Model* model_ = nullptr;
   std::int64_t persistentId_ = 0;
   std::int32_t id_ = 0;
+  // The operation in which a recorder has last kept what the entity was like.
+  std::uint32_t touchedIn_ = 0;
   // Few entities have any.
   std::unique_ptr<Dictionaries> dictionaries_;
 };
+
+SURefType typeOf(Kind kind);
+
+// To be called before something that is set on its own changes; see Recorder.
+void willChange(Entity& entity);
 
 class Dictionary : public Entity {
  public:

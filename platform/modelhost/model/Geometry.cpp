@@ -74,6 +74,31 @@ SUTransformation product(const SUTransformation& a, const SUTransformation& b) {
   return result;
 }
 
+double determinant(const SUTransformation& t) {
+  return dot(column(t, 0), cross(column(t, 1), column(t, 2)));
+}
+
+std::optional<SUTransformation> inverse(const SUTransformation& t) {
+  // Where the fourth row scales, it scales all of it.
+  const double w = t.values[15] != 0 ? t.values[15] : 1;
+  const SUVector3D x = column(t, 0) * (1 / w);
+  const SUVector3D y = column(t, 1) * (1 / w);
+  const SUVector3D z = column(t, 2) * (1 / w);
+  const SUVector3D at = column(t, 3) * (1 / w);
+  const double size = dot(x, cross(y, z));
+  if (!(std::abs(size) > 1e-30) || !std::isfinite(size)) return std::nullopt;
+  const SUVector3D rows[3] = {cross(y, z) * (1 / size), cross(z, x) * (1 / size),
+                              cross(x, y) * (1 / size)};
+  SUTransformation result = identity();
+  for (int r = 0; r < 3; ++r) {
+    result.values[r] = rows[r].x;
+    result.values[4 + r] = rows[r].y;
+    result.values[8 + r] = rows[r].z;
+    result.values[12 + r] = -dot(rows[r], at);
+  }
+  return result;
+}
+
 SUPoint3D apply(const SUTransformation& t, const SUPoint3D& p) {
   const double* m = t.values;
   const SUPoint3D q{m[0] * p.x + m[4] * p.y + m[8] * p.z + m[12],

@@ -67,6 +67,10 @@ Axes axesOf(const SUVector3D& normal);
 
 SUTransformation identity();
 SUTransformation product(const SUTransformation& a, const SUTransformation& b);
+// None for one that flattens.
+std::optional<SUTransformation> inverse(const SUTransformation& t);
+// Below 0 for one that mirrors.
+double determinant(const SUTransformation& t);
 SUPoint3D apply(const SUTransformation& t, const SUPoint3D& p);
 SUVector3D column(const SUTransformation& t, int index);
 bool isFinite(const SUTransformation& t);

@@ -34,7 +34,7 @@ class Texture : public Entity {
 struct Channel {
   bool enabled = false;
   double factor;
-  std::unique_ptr<Texture> texture;
+  std::shared_ptr<Texture> texture;
 };
 
 class Material : public Entity {
@@ -55,7 +55,7 @@ class Material : public Entity {
   std::optional<SUColor> color;
   double opacity = 1;
   bool useOpacity = false;
-  std::unique_ptr<Texture> texture;
+  std::shared_ptr<Texture> texture;
   SUMaterialColorizeType colorizeType = SUMaterialColorizeType_Shift;
   // Overrides what follows from the colour.
   std::optional<ColorDeltas> deltas;

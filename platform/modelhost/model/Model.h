@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "model/Entities.h"
 #include "model/Layer.h"
 #include "model/Material.h"
+#include "model/Recorder.h"
 #include "model/Value.h"
 
 namespace modelhost {
@@ -57,13 +59,28 @@ class Model : public Object {
   void remove(Material& material);
   bool remove(Layer& layer);
   void remove(Definition& definition);
+  // What is in the folder is where the folder was.
+  void remove(LayerFolder& folder);
 
+  // With those of groups and images, each once.
+  std::vector<Definition*> allDefinitions() const;
+  // The first material, layer, folder, definition or drawing element that is wanted, or null.
+  Entity* findEntity(const std::function<bool(const Entity&)>& wanted) const;
   Material* findMaterial(const std::string& name) const;
   Layer* findLayer(const std::string& name) const;
   Definition* findDefinition(const std::string& name) const;
   // `wish`, or with the first number behind it that makes it unlike every name in the list.
   std::string freeMaterialName(const std::string& wish) const;
   std::string freeDefinitionName(const std::string& wish) const;
+
+  // From now on changes are recorded.
+  void watch();
+  // Null when the model is not watched or its recorder is paused.
+  Recorder* recorder() const {
+    return recorder_ && !recorder_->paused ? recorder_.get() : nullptr;
+  }
+  // Null when the model is not watched.
+  Recorder* watcher() const { return recorder_.get(); }
 
   Entities& root() { return *root_; }
   Layer& defaultLayer() { return *layers_.front(); }
@@ -80,6 +97,15 @@ class Model : public Object {
   std::optional<Camera> camera;
 
  private:
+  template <class T>
+  using Names = std::map<std::string, T*>;
+  template <class T>
+  void enlist(std::vector<std::unique_ptr<T>>& list, std::unique_ptr<T> thing, Names<T>* names);
+  template <class T>
+  void drop(std::vector<std::unique_ptr<T>>& list, const T& thing, Names<T>* names);
+  template <class T>
+  void setName(Names<T>& names, T& thing, std::string to);
+
   std::vector<std::unique_ptr<Material>> materials_;
   std::vector<std::unique_ptr<Layer>> layers_;
   std::vector<std::unique_ptr<LayerFolder>> folders_;
@@ -90,8 +116,9 @@ class Model : public Object {
   std::unordered_set<std::int64_t> chosenIds_;
   std::int64_t nextPersistentId_ = kLastChosenId + 1;
   std::int32_t nextId_ = 1;
-  // Last, so that it goes first: what it holds points into all of the above.
+  // Last, so that they go first: what they hold points into all of the above.
   std::unique_ptr<Entities> root_;
+  std::unique_ptr<Recorder> recorder_;
 };
 
 }  // namespace modelhost

@@ -1,8 +1,8 @@
 #include "model/Topology.h"
 
-#include "model/Components.h"
-#include "model/Entities.h"
-#include "model/Material.h"
+#include <algorithm>
+
+#include "model/Model.h"
 
 namespace modelhost {
 
@@ -26,6 +26,16 @@ Material* Face::sideMaterial(bool front) const {
 const UvMapping* Face::sideMapping(bool front) const {
   if (sideMaterial(front) == nullptr) return nullptr;
   return (front ? frontMapping : backMapping).get();
+}
+
+void Face::turnLoops() {
+  Recorder* recorder = model() != nullptr ? model()->recorder() : nullptr;
+  for (const auto& loop : loops) {
+    if (recorder != nullptr) recorder->keep(*loop);
+    std::reverse(loop->vertices.begin(), loop->vertices.end());
+    std::reverse(loop->edges.begin(), loop->edges.end());
+    std::rotate(loop->edges.begin(), loop->edges.begin() + 1, loop->edges.end());
+  }
 }
 
 void Face::paint(bool front, Material* with, std::optional<UvMapping> mapping) {

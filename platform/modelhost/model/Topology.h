@@ -58,6 +58,8 @@ class Face : public DrawingElement {
   const UvMapping* sideMapping(bool front) const;
   // Paints one side; without a mapping the texture lies as it does by default.
   void paint(bool front, Material* with, std::optional<UvMapping> mapping = std::nullopt);
+  // Lets the outlines run the other way round.
+  void turnLoops();
   // The normal as seen by someone who looks at that side.
   SUVector3D sideNormal(bool front) const { return front ? normal() : -normal(); }
 
@@ -67,8 +69,8 @@ class Face : public DrawingElement {
   // Outlines cut out by components glued to the face.
   std::vector<std::vector<SUPoint3D>> openings;
   Link<SUMaterialRef> backMaterial;
-  std::unique_ptr<UvMapping> frontMapping;
-  std::unique_ptr<UvMapping> backMapping;
+  std::shared_ptr<const UvMapping> frontMapping;
+  std::shared_ptr<const UvMapping> backMapping;
   // Holds vertices and edges of a face that still belongs to its maker.
   std::unique_ptr<Entities> scratch;
 };

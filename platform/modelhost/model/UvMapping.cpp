@@ -151,6 +151,18 @@ std::optional<UvMapping> UvMapping::through(std::span<const SUPoint3D> points,
   return mapping;
 }
 
+UvMapping UvMapping::after(const SUTransformation& back) const {
+  UvMapping result;
+  for (int row = 0; row < 3; ++row) {
+    for (int c = 0; c < 4; ++c) {
+      double sum = 0;
+      for (int k = 0; k < 4; ++k) sum += rows_[row][k] * back.values[c * 4 + k];
+      result.rows_[row][c] = sum;
+    }
+  }
+  return result;
+}
+
 SUUVQ UvMapping::at(const SUPoint3D& p) const {
   const auto row = [&](int r) {
     return rows_[r][0] * p.x + rows_[r][1] * p.y + rows_[r][2] * p.z + rows_[r][3];

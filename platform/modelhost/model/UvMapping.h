@@ -31,6 +31,9 @@ class UvMapping {
   // The unit square over a rectangle of the plane's own axes.
   static UvMapping overRectangle(const Axes& axes, const SUPoint2D& low, const SUPoint2D& high);
 
+  // The same on a plane from which `back` leads to this one's.
+  UvMapping after(const SUTransformation& back) const;
+
   SUUVQ at(const SUPoint3D& p) const;
   bool affine() const;
 

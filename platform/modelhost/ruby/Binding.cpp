@@ -42,6 +42,7 @@ bool alive(void* handle, VALUE klass) {
   }
   return SUEntityGetType({handle}) != SURefType_Unknown;
 }
+}  // namespace
 
 VALUE classOf(SURefType type) {
   switch (type) {
@@ -68,8 +69,6 @@ VALUE classOf(SURefType type) {
   }
 }
 
-}  // namespace
-
 VALUE wrap(VALUE klass, void* handle, VALUE model) {
   Box* box = nullptr;
   const VALUE object = TypedData_Make_Struct(klass, Box, &kBoxType, box);
@@ -95,6 +94,10 @@ void* unwrap(VALUE object, VALUE klass) {
     rb_raise(rb_eRuntimeError, "this %" PRIsVALUE " is gone from the model", rb_obj_class(object));
   }
   return handle;
+}
+
+void* handleIn(VALUE object) {
+  return boxOf(object)->handle;
 }
 
 VALUE modelOf(VALUE object) {
@@ -231,4 +234,5 @@ extern "C" __attribute__((visibility("default"))) void Init_modelhost(void) {
   defineLayers();
   defineTransformation();
   defineModes();
+  defineEdits();
 }

@@ -75,9 +75,12 @@ void singletonMethod(VALUE object, const char* name) {
 VALUE wrap(VALUE klass, void* handle, VALUE model);
 // Of the class that the entity's kind has; nil for a null handle.
 VALUE wrapEntity(SUEntityRef entity, VALUE model);
+VALUE classOf(SURefType type);
 // The handle in an object of `klass`; TypeError for anything else, RuntimeError when what it
 // stood for is gone.
 void* unwrap(VALUE object, VALUE klass);
+// The handle in an object, whether it stands for anything or not.
+void* handleIn(VALUE object);
 // The Ruby object of the model that `object` is part of.
 VALUE modelOf(VALUE object);
 
@@ -176,5 +179,6 @@ void defineMaterials();
 void defineLayers();
 void defineTransformation();
 void defineModes();
+void defineEdits();
 
 }  // namespace modelhost_ruby

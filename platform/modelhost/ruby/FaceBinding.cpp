@@ -141,8 +141,7 @@ VALUE positionMaterial(int argc, VALUE* argv, VALUE self) {
   SUPoint2D uvs[4] = {};
   for (long i = 0; i < n / 2; ++i) {
     corners[i] = pointFrom(rb_ary_entry(argv[1], 2 * i));
-    const VALUE uv = rb_ary_entry(argv[1], 2 * i + 1);
-    Check_Type(uv, T_ARRAY);
+    const VALUE uv = rb_convert_type(rb_ary_entry(argv[1], 2 * i + 1), T_ARRAY, "Array", "to_a");
     uvs[i] = {rb_num2dbl(rb_ary_entry(uv, 0)), rb_num2dbl(rb_ary_entry(uv, 1))};
   }
   const bool front = argc < 3 || RTEST(argv[2]);
@@ -199,7 +198,7 @@ VALUE pushPull(VALUE self, VALUE distance) {
   SUVector3D n{};
   check(SUFaceGetNormal(faceOf(self), &n), "no normal");
   const SUVector3D by{n.x * d, n.y * d, n.z * d};
-  const VALUE entities = rb_funcall(self, rb_intern("parent"), 0);
+  const VALUE entities = rb_funcall(self, rb_intern("_among"), 0);
   const VALUE material = rb_funcall(self, rb_intern("material"), 0);
   // Walls face outwards when the outline runs about the way it is moved.
   const VALUE outlines = rb_ary_concat(rb_ary_new_from_args(1, points(self)), holes(self));
