@@ -49,18 +49,15 @@ module QuellixLive
     # be done; nothing is left running then.
     def start
       raise Error, "the link runs already" if running?
-      Extension.load
-      @link ||= Quellix_SUInterface.new
-      watch(@model)
-      @application = ApplicationWatcher.new(self)
-      Sketchup.add_observer(@application)
-      @timer = UI.start_timer(TICK_SECONDS, true) { tick }
-      connect
+      begin
+        begin_watching
+        connect
+      rescue StandardError => e
+        stop
+        raise e if e.is_a?(Error)
+        raise Error, "the link cannot start: #{e.message}"
+      end
       self
-    rescue StandardError => e
-      stop
-      raise e if e.is_a?(Error)
-      raise Error, "the link cannot start: #{e.message}"
     end
 
     def running? = !@timer.nil?
@@ -207,6 +204,15 @@ module QuellixLive
     end
 
     private
+
+    def begin_watching
+      Extension.load
+      @link ||= Quellix_SUInterface.new
+      watch(@model)
+      @application = ApplicationWatcher.new(self)
+      Sketchup.add_observer(@application)
+      @timer = UI.start_timer(TICK_SECONDS, true) { tick }
+    end
 
     def watch(model)
       raise Error, "there is no model" if model.nil?

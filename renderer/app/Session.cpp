@@ -152,6 +152,9 @@ void Session::TakeCommand() {
   const bool sound = decoded.problems.empty();
   if (sound && !settings_.discard) {
     scene_.Apply(std::move(decoded.command), event_.command, decoded.messageBytes);
+    if (decoded.id == static_cast<std::uint32_t>(wire::CommandId::SetLinkCamera)) {
+      linkCamera_ = scene_.Linked().value_or(false);
+    }
   }
   WorkFor(settings_.workPerCommand);
   PerformAll(Script::Phase::Before);

@@ -9,6 +9,7 @@ require_relative "../soak/machine"
 require_relative "live_edits"
 $LOAD_PATH.unshift(ENV.fetch("PLUGIN_DIR"))
 require "quellix_live"
+require "quellix_live/live_link"
 require "delegate"
 
 # Lets a test edit while the renderer asks something during an export.
@@ -177,8 +178,8 @@ class RandomLive < LinkTest
     pieces = 2
     while list.size > 1 && Machine.now < deadline
       size = (list.size / pieces.to_f).ceil
-      shorter = list.each_slice(size).each_index.lazy.map { |i| list[0, i * size] + list.drop((i + 1) * size) }
-                    .find { |rest| Machine.now < deadline && yield(rest) }
+      shorter = (0...list.size).step(size).lazy.map { |from| list[0, from] + list.drop(from + size) }
+                               .find { |rest| Machine.now < deadline && yield(rest) }
       break if shorter.nil? && size == 1
       shorter ? (list, pieces = shorter, [pieces - 1, 2].max) : pieces *= 2
     end

@@ -9,6 +9,6 @@ module QuellixLive
     end
 
     tells(:onElementAdded, :onElementModified) { |watch, _, entity| watch.edit(@definition_id, entity) }
-    tells(:onElementRemoved, :onEraseEntities) { |watch, *| watch.edit(@definition_id) }
+    tells(:onElementRemoved) { |watch, *| watch.edit(@definition_id) }
   end
 end

@@ -5,6 +5,5 @@ module QuellixLive
 
     tells(:onElementAdded, :onElementModified) { |watch, _, entity| watch.touch(entity) }
     tells(:onElementRemoved) { |watch, _, entity_id| watch.remove(entity_id) }
-    tells(:onEraseEntities) { |watch, *| watch.loose }
   end
 end

@@ -10,8 +10,11 @@ module QuellixLive
       end
     end
 
-    def self.extended(observer)
-      observer.class_eval { def initialize(watch) = @watch = watch }
+    # What the observers of one model are made with.
+    module Constructor
+      def initialize(watch) = @watch = watch
     end
+
+    def self.extended(observer) = observer.include(Constructor)
   end
 end
