@@ -77,7 +77,10 @@ SUResult modelhost_delete_attribute(SUAttributeDictionaryRef dictionary, const c
   Dictionary* d = find(dictionary);
   if (d == nullptr) return SU_ERROR_INVALID_INPUT;
   if (key == nullptr) return SU_ERROR_NULL_POINTER_INPUT;
-  return d->erase(key) ? SU_ERROR_NONE : SU_ERROR_NO_DATA;
+  if (d->find(key) == nullptr) return SU_ERROR_NO_DATA;
+  willChange(*d);
+  d->erase(key);
+  return SU_ERROR_NONE;
 }
 
 SUResult modelhost_remove(SUEntityRef entity) {

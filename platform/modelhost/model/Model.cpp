@@ -85,17 +85,15 @@ void Model::drop(std::vector<std::unique_ptr<T>>& list, const T& thing, Names<T>
 // Gives a thing of a list another name.
 template <class T>
 void Model::setName(Names<T>& names, T& thing, std::string to) {
-  const auto flip = [&names, &thing, to = std::move(to)]() mutable {
+  Recorder* recorder = this->recorder();
+  Recorder::Flip flip = [&names, &thing, recorder, to = std::move(to)]() mutable {
     names.erase(thing.name);
     std::swap(thing.name, to);
     names.emplace(thing.name, &thing);
+    if (recorder != nullptr) recorder->tell(Recorder::What::Changed, thing);
   };
-  Recorder* recorder = this->recorder();
-  if (recorder == nullptr) return Recorder::Flip(flip)();
-  recorder->tell(Recorder::What::Changed, thing);
-  Recorder::Flip kept(flip);
-  kept();
-  recorder->add(std::move(kept));
+  flip();
+  if (recorder != nullptr) recorder->add(std::move(flip));
 }
 
 void Model::adopt(Entity& entity) {
@@ -106,10 +104,11 @@ void Model::adopt(Entity& entity) {
     while (chosenIds_.contains(nextPersistentId_)) ++nextPersistentId_;
     entity.persistentId_ = nextPersistentId_++;
   }
-  if (Recorder* recorder = this->recorder()) {
+  // A dictionary is made where one is read, so an empty one counts as none.
+  if (Recorder* recorder = this->recorder(); recorder && entity.kind() != Kind::Dictionary) {
     // What is new has no former state in this operation.
     entity.touchedIn_ = recorder->serial_;
-    if (entity.kind() != Kind::Dictionary) recorder->tell(Recorder::What::Added, entity);
+    recorder->tell(Recorder::What::Added, entity);
   }
   for (const auto& dictionary : entity.dictionaries()) adopt(*dictionary);
   if (entity.kind() == Kind::Definition) {

@@ -70,7 +70,8 @@ void withState(Entity& entity, Use use) {
 void Recorder::keep(Entity& entity) {
   if (std::exchange(entity.touchedIn_, serial_) == serial_) return;
   withState(entity, [&](auto&... fields) {
-    add([&entity, saved = std::make_tuple(fields...)]() mutable {
+    add([this, &entity, saved = std::make_tuple(fields...)]() mutable {
+      tell(What::Changed, entity);
       withState(entity, [&](auto&... now) {
         // The fields of one entity have always the same types.
         using Saved = decltype(saved);

@@ -216,8 +216,9 @@ void makeUnique(Instance& instance) {
     instance.model()->add(std::move(owned));
   }
   copyAttributes(from, copy);
-  Copier(*copy.entities, identity()).copy(*from.entities);
+  // Placed first: taken back, its contents leave it before it goes.
   instance.place(copy, std::move(shared));
+  Copier(*copy.entities, identity()).copy(*from.entities);
 }
 
 Group& group(Entities& entities, const Elements& elements) {
