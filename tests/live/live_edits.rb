@@ -29,8 +29,10 @@ class LiveEdits
     start_operation: 2, commit_operation: 2, abort_operation: 0.6, undo: 1, redo: 0.7
   }.freeze
   ALL = KINDS.flat_map { |kind, often| [kind] * (often * 20).round }.freeze
+  # Without what is answered by sending everything.
+  TOLD = ALL - %i[abort_operation undo redo]
   # Without what ends an operation that somebody else may be inside of.
-  INSIDE = ALL - %i[start_operation commit_operation abort_operation undo redo]
+  INSIDE = TOLD - %i[start_operation commit_operation]
   # What an export's threads do not read by address.
   SIMPLE = %i[hide_top hide_nested color show_layer hide_image].freeze
 
@@ -179,8 +181,16 @@ class LiveEdits
     entities.add_group(*chosen) unless chosen.empty?
   end
 
-  def make_unique = any(top + nested)&.make_unique
-  def explode = any((top + nested).reject { |element| lamp?(element.definition) })&.explode
+  # A copy of a distorted face would look like the other.
+  def make_unique
+    element = any(top + nested) or return
+    of(element.make_unique.definition.entities, Sketchup::Face).each { |face| distort_again(face) }
+  end
+
+  def explode
+    element = any((top + nested).reject { |candidate| lamp?(candidate.definition) })&.explode or return
+    element.grep(Sketchup::Face).each { |face| distort_again(face) }
+  end
 
   def copy_group
     group = any(of(@model.entities, Sketchup::Group)) or return
@@ -191,14 +201,23 @@ class LiveEdits
 
   def paint_face = any(faces)&.then { |face| draw(2).zero? ? face.material = paint : face.back_material = paint }
 
-  # Each in a way of its own: of two that look the same, either's material may stand for the other's.
   def distort_face
     wearing = any(@model.materials.select(&:texture)) or return
     face = any(faces) or return
+    distort(face, wearing, draw(3) > 0)
+  end
+
+  # Each in a way of its own: of two that look the same, either's material may stand for the other's.
+  def distort(face, wearing, front)
     points = face.points.first(4)
     return if points.size < 4
     corners = points.zip([[0, 0], [1, 0], [1, 1], [(@distorted += 0.0382) % 0.45, 0.9]]).flatten(1)
-    face.position_material(wearing, corners, draw(3) > 0)
+    face.position_material(wearing, corners, front)
+  end
+
+  def distort_again(face)
+    distort(face, face.material, true) if face.material&.texture
+    distort(face, face.back_material, false) if face.back_material&.texture
   end
 
   def add_face

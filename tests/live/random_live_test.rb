@@ -34,20 +34,27 @@ QuellixLive::Callbacks.prepend(AskedByRenderer)
 class RandomLive < LinkTest
   WATCHDOG_SECONDS = 36_000
   ROUNDS = Integer(ENV.fetch("ROUNDS", "50"))
+  SMALL_ROUNDS = 10
   EDITS = Integer(ENV.fetch("EDITS", "200"))
   SEED = Integer(ENV.fetch("SEED", Random.new_seed.to_s)) % (1 << 32)
   SHRINK_SECONDS = Integer(ENV.fetch("SHRINK_SECONDS", "120"))
   # Sent by the timer of a link, at other times than exports are.
   OWN_COMMANDS = %w[camera background].freeze
 
-  # Counts exports.
+  # Counts exports, and moves that were sent since the last.
   class Counting < SimpleDelegator
-    attr_reader :exports
+    attr_reader :exports, :moves
 
-    def forget = @exports = 0
+    def forget = @exports = @moves = 0
 
     def do_import(...)
       @exports += 1
+      @moves = 0
+      super
+    end
+
+    def update_instance_transform(...)
+      @moves += 1
       super
     end
   end
@@ -56,15 +63,21 @@ class RandomLive < LinkTest
   # text, before the scan; while meshes are on their way; with the text of the lights; with the last.
   Round = Struct.new(:edits, :inside, :killed)
 
+  # After each round of many edits come some of few, in which one edit does not hide what another missed.
   def plan
     random = Random.new(SEED)
     Array.new(ROUNDS) do
-      inside = Array.new(random.rand(4)) do
-        moment = random.rand(4)
-        [moment, *LiveEdits.draw(1, random, moment == 1 ? LiveEdits::SIMPLE : LiveEdits::INSIDE).first]
-      end
-      Round.new(LiveEdits.draw(EDITS, random), inside.sort_by(&:first), random.rand(25).zero?)
+      [Round.new(LiveEdits.draw(EDITS, random), inside(random), random.rand(25).zero?),
+       *Array.new(SMALL_ROUNDS) { Round.new(LiveEdits.draw(random.rand(1..3), random, random.rand(5).zero? ? LiveEdits::ALL : LiveEdits::TOLD), [], false) }]
+    end.flatten
+  end
+
+  def inside(random)
+    edits = Array.new(random.rand(4)) do
+      moment = random.rand(4)
+      [moment, *LiveEdits.draw(1, random, moment == 1 ? LiveEdits::SIMPLE : LiveEdits::INSIDE).first]
     end
+    edits.sort_by(&:first)
   end
 
   def setup
@@ -114,8 +127,7 @@ class RandomLive < LinkTest
     assert_equal :renderer_gone, @live.status.state
   end
 
-  # The file that shows what the renderer holds after each round: nil where the last thing sent was no
-  # export, whose scene is written only at the end.
+  # The file that shows what the renderer holds after each round.
   def play_live(rounds)
     @edits = LiveEdits.new
     @made_inside = 0
@@ -132,12 +144,18 @@ class RandomLive < LinkTest
       @inside, @texts = round.inside.dup, 0
       sync
       make_until(3) # where there was nothing to export
-      before = @counting.exports
       sync if @live.pending?
-      File.join(out, "scene-#{@counting.exports}.json") if @counting.exports > before || round.inside.empty?
+      show_moves if @counting.moves.positive?
+      File.join(out, "scene-#{@counting.exports}.json")
     end
   ensure
     @live&.stop
+  end
+
+  # The renderer writes its scene at the end of an export, and moves alone need none.
+  def show_moves
+    @counting.do_import(@edits.model.handle, @edits.model.path, true, true)
+    @counting.update_cache_info
   end
 
   def sync
@@ -209,14 +227,12 @@ class RandomLive < LinkTest
     reports = Dir.glob("#{@folder}/out-*/report.json").map { |file| JSON.parse(File.read(file)) }
     reports.each { |told| assert_equal 0, told["faultCount"], "#{told["faults"].first(3).inspect} (SEED=#{SEED})" }
     wanted = play_fresh(rounds)
-    compared = found.zip(wanted).each_with_index.count do |files, i|
-      next if files[0].nil?
+    found.zip(wanted).each_with_index do |files, i|
       found_scene, wanted_scene = files.map { |file| scene(file) }
-      next true if found_scene == wanted_scene
+      next assert(true) if found_scene == wanted_scene
       assert_same_scene wanted_scene, found_scene, "SEED=#{SEED}, round #{i}; the shortest list of edits:\n#{explain(rounds.first(i + 1))}"
     end
-    assert_operator compared, :>, ROUNDS / 2
-    puts "rounds: #{ROUNDS}, edits: #{rounds.sum { |round| round.edits.size }}, inside exports: #{@made_inside} (SEED=#{SEED})"
+    puts "rounds: #{rounds.size}, edits: #{rounds.sum { |round| round.edits.size }}, inside exports: #{@made_inside} (SEED=#{SEED})"
   end
 end
 
