@@ -183,6 +183,12 @@ VALUE allDefinitions(VALUE self) {
       self);
 }
 
+VALUE countDefinitions(VALUE self) {
+  size_t count = 0;
+  check(modelhost_get_num_definitions(modelRefOf(self), &count), "no definitions");
+  return SIZET2NUM(count);
+}
+
 VALUE findPersistentId(VALUE self, VALUE id) {
   SUEntityRef entity = SU_INVALID;
   modelhost_find_persistent_id(modelRefOf(self), NUM2LL(id), &entity);
@@ -416,6 +422,7 @@ void defineEdits() {
   method<&removeFolder>(classes.layers, "remove_folder");
   const VALUE model = classes.model;
   method<&allDefinitions>(model, "_definitions");
+  method<&countDefinitions>(model, "_count_definitions");
   method<&findPersistentId>(model, "_find_persistent_id");
   method<&findId>(model, "_find_id");
   method<&setPath>(model, "_path=");

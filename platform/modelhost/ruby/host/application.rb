@@ -28,15 +28,15 @@ module Sketchup
     def add_observer(observer) = @observers.add(:app, observer)
     def remove_observer(observer) = @observers.remove(:app, observer)
 
-    # Takes the place of the active model. False, or nil with `with_status`, when it cannot be read;
-    # why is told on the standard error.
+    # Takes the place of the active model. False when it cannot be read; why is told on the standard
+    # error.
     def open_file(path, with_status: false)
       model = ModelHost.load(path)
       ModelHost.activate(model, :onOpenModel)
       with_status ? ModelHost::Model::LOAD_STATUS_SUCCESS : true
     rescue RuntimeError => e
       warn e.message
-      with_status ? nil : false
+      false
     end
 
     def file_new
@@ -80,8 +80,8 @@ module Sketchup
 
     # A plug-in folder or a file in one, or nil.
     def find_support_file(name, folder = nil)
-      found = $LOAD_PATH.map { |path| File.join(path, *folder&.delete_prefix("Plugins"), name) }.find { |path| File.exist?(path) }
-      found && File.expand_path(found)
+      places = $LOAD_PATH.map { |path| File.expand_path(File.join(path, *folder&.delete_prefix("Plugins"), name)) }
+      places.find { |path| File.exist?(path) }
     end
 
     def quit

@@ -11,7 +11,8 @@ module Sketchup
       parts = parts.first.to_a if parts.size == 1 && parts.first.respond_to?(:to_a)
       parts = bytes(parts.first) if parts.size == 1
       raise ArgumentError, "a colour has 3 or 4 parts" unless parts.empty? || [3, 4].include?(parts.size)
-      @red, @green, @blue, @alpha = [*parts, *[0, 0, 0, 255].drop(parts.size)].map { |part| part.is_a?(Float) ? (part * 255).round : part }
+      parts = parts.map { |part| part.is_a?(Float) ? (part * 255).round : part }
+      @red, @green, @blue, @alpha = *parts, *[0, 0, 0, 255].drop(parts.size)
     end
 
     def to_a = [red, green, blue, alpha]
@@ -26,7 +27,7 @@ module Sketchup
     private
 
     def bytes(value)
-      number = value.is_a?(Integer) ? value : NAMES.fetch(value.to_s.downcase) { Integer(value.to_s.delete_prefix("#"), 16) }
+      number = NAMES[value.to_s.downcase] || (value.is_a?(Integer) ? value : Integer(value.to_s.delete_prefix("#"), 16))
       [number >> 16 & 255, number >> 8 & 255, number & 255]
     end
   end

@@ -14,8 +14,13 @@ module ModelHost
   class Definitions
     include Observed
 
-    alias _components to_a
-    def to_a = _model._definitions
+    module All
+      def to_a = _model._definitions
+      def length = _model._count_definitions
+      alias size length
+    end
+    prepend All
+
     def at(index) = self[index]
     def count(*arguments, &block) = arguments.empty? && !block ? length : super
     def _observed = :definitions

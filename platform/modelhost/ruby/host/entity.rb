@@ -5,23 +5,27 @@ require_relative "recorded"
 # Entities one by one: faces, edges, instances and groups.
 module ModelHost
   class Entity
+    include Attributes
     include Observed
 
     def typename = self.class.name.split("::").last
-
-    alias _parent parent
-
-    # The definition that holds it, or the model.
-    def parent
-      entities = _among
-      entities ? entities.parent : _model
-    end
-
-    include Attributes
   end
 
-  # What the host makes of the binding's plain values.
+  # What the host answers where the binding has plain values.
   module HostValues
+    module Parent
+      # The definition that holds it, or the model.
+      def parent
+        entities = _among
+        entities ? entities.parent : _model
+      end
+    end
+
+    module Ends
+      def start = Vertex.new(Geom::Point3d.new(super))
+      def end = Vertex.new(Geom::Point3d.new(super))
+    end
+
     module Bounds
       def bounds
         low, high = super
@@ -57,6 +61,8 @@ module ModelHost
     end
   end
 
+  Entity.prepend(HostValues::Parent)
+  Edge.prepend(HostValues::Ends)
   DrawingElement.prepend(HostValues::Bounds, HostValues::Painted)
   Entities.prepend(HostValues::Bounds)
   Model.prepend(HostValues::Bounds)
@@ -78,8 +84,8 @@ module ModelHost
   end
 
   class Edge
-    def vertices = [self.start, self.end].map { |point| Vertex.new(Geom::Point3d.new(point)) }
-    def length = Geom::Point3d.new(self.start).distance(self.end)
+    def vertices = [self.start, self.end]
+    def length = self.start.position.distance(self.end)
   end
 
   class ComponentInstance
@@ -104,6 +110,12 @@ module ModelHost
     end
 
     def guid = format("%016x", persistent_id)
+  end
+
+  class Image
+    def width = dimensions[0]
+    def height = dimensions[1]
+    def origin = transformation.origin
   end
 
   class Group

@@ -118,7 +118,7 @@ module Geom
     def height = max.y - min.y
     def depth = max.z - min.z
     def diagonal = min.distance(max)
-    def corner(n) = Point3d.new(*[n & 1, n & 2, n & 4].each_with_index.map { |bit, axis| (bit.zero? ? min : max)[axis] })
+    def corner(n) = Point3d.new(*(0..2).map { |axis| (n[axis].zero? ? min : max)[axis] })
     def contains?(point) = point.to_a.each_with_index.all? { |v, axis| v.between?(min[axis], max[axis]) }
     def to_a = [min, max]
     def ==(other) = other.respond_to?(:to_a) && to_a == other.to_a

@@ -11,7 +11,8 @@ module ModelHost
 
     def initialize(pages, name, flags)
       @pages = pages
-      @values = { name: name, description: "", label: name, transition_time: -1.0, delay_time: -1.0, include_in_animation?: true }
+      @values = { name: name, description: "", label: name, transition_time: -1.0, delay_time: -1.0,
+                  include_in_animation?: true }
       PARTS.each { |part, bit| @values[:"use_#{part}?"] = (flags & bit).positive? }
       @attributes = {}
       keep(flags)
@@ -69,11 +70,12 @@ module ModelHost
     end
 
     def keep(flags)
-      @camera = model.active_view.camera._copy if (flags & 1).positive? || @camera.nil?
-      @shadow_info = ShadowInfo.new(nil, model.shadow_info.to_h) if (flags & 4).positive? || @shadow_info.nil?
+      chosen = ->(part, now) { (flags & PARTS.fetch(part)).positive? || now.nil? }
       options = model.rendering_options
-      @rendering_options = options.keys.to_h { |key| [key, options[key]] } if (flags & 2).positive? || @rendering_options.nil?
-      @hidden_layers = model.layers.reject(&:visible?) if (flags & 32).positive? || @hidden_layers.nil?
+      @camera = model.active_view.camera._copy if chosen[:camera, @camera]
+      @shadow_info = ShadowInfo.new(nil, model.shadow_info.to_h) if chosen[:shadow_info, @shadow_info]
+      @rendering_options = options.each_pair.to_h if chosen[:rendering_options, @rendering_options]
+      @hidden_layers = model.layers.reject(&:visible?) if chosen[:hidden_layers, @hidden_layers]
     end
 
     def snapshot = [@camera, @shadow_info, @rendering_options, @hidden_layers]

@@ -25,7 +25,8 @@ module ModelHost
   Recorded.wrap(Model, :set_attribute, :delete_attribute)
   Recorded.wrap(Entity, :set_attribute, :delete_attribute)
   Recorded.wrap(DrawingElement, :hidden=, :visible=, :material=, :layer=, :casts_shadows=, :receives_shadows=, :erase!)
-  Recorded.wrap(Face, :add_hole, :add_opening, :clear_openings, :reverse!, :back_material=, :position_material, :pushpull)
+  Recorded.wrap(Face, :add_hole, :add_opening, :clear_openings, :reverse!, :back_material=, :position_material,
+                :pushpull)
   Recorded.wrap(Edge, :smooth=, :soft=, :color=)
   Recorded.wrap(ComponentInstance, :name=, :transformation=, :transform!, :make_unique, :_explode)
   Recorded.wrap(ComponentDefinition, :name=)

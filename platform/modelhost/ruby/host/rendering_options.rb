@@ -10,7 +10,7 @@ module ModelHost
 
     def _observed = :options
     def model = _model
-    def each_pair = keys.each { |key| yield key, self[key] }
+    def each_pair(&block) = keys.map { |key| [key, self[key]] }.each(&block)
     alias each each_pair
     def length = keys.length
     alias size length

@@ -31,7 +31,7 @@ module ModelHost
     def _observed = :shadow
     def keys = @values.keys + WORKED_OUT
     def values = keys.map { |key| self[key] }
-    def each_pair = keys.each { |key| yield key, self[key] }
+    def each_pair(&block) = keys.map { |key| [key, self[key]] }.each(&block)
     alias each each_pair
     def length = keys.length
     alias size length
@@ -82,8 +82,8 @@ module ModelHost
       around = 2 * Math::PI * (time.yday - 81) / 364.0
       declination = 23.45.degrees * Math.sin(2 * Math::PI * (284 + time.yday) / 365.0)
       late = (9.87 * Math.sin(2 * around) - 7.53 * Math.cos(around) - 1.5 * Math.sin(around)) / 60
-      hours = time.hour + time.min / 60.0 + time.sec / 3600.0 + late + @values["Longitude"] / 15.0 - @values["TZOffset"]
-      turn = (hours - 12) * 15.degrees
+      hours = time.hour + time.min / 60.0 + time.sec / 3600.0 - @values["TZOffset"]
+      turn = (hours + late - 12) * 15.degrees + @values["Longitude"].degrees
       east = -Math.cos(declination) * Math.sin(turn)
       up_north = Math.sin(declination) * Math.cos(latitude) - Math.cos(declination) * Math.sin(latitude) * Math.cos(turn)
       up = Math.sin(declination) * Math.sin(latitude) + Math.cos(declination) * Math.cos(latitude) * Math.cos(turn)
