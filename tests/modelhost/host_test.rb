@@ -116,7 +116,7 @@ class HostTest < Minitest::Test
   def test_an_observer_that_fails_or_edits_stops_nobody
     material = @model.materials.add("Mark")
     failing = spy(@entities) { raise "no good" }
-    editing = spy(@entities) { |name, _, entity| entity.material = material if name == :onElementAdded && entity.is_a?(Sketchup::Group) }
+    editing = spy(@entities) { |name, _, entity| entity.material = material if name == :onElementAdded }
     later = spy(@entities)
     group = nil
     told = capture_io { group = @entities.add_group }.last
@@ -164,7 +164,8 @@ class HostTest < Minitest::Test
     red.texture.size = 8
     red.color = Sketchup::Color.new("blue")
     Sketchup.undo
-    assert_equal %i[onMaterialRemove onMaterialAdd onMaterialChange onMaterialChange onMaterialUndoRedo], materials.take
+    assert_equal %i[onMaterialRemove onMaterialAdd onMaterialChange onMaterialChange onMaterialUndoRedo],
+                 materials.take
     assert_equal 8.0, red.texture.height
     red.color = [1, 2, 3]
     assert_equal Sketchup::Color.new(1, 2, 3), red.color
@@ -247,8 +248,8 @@ class HostTest < Minitest::Test
     outer.name = "Other"
     on.visible = false
     @model.active_layer = on
-    assert_equal %i[onLayerChanged onLayerFolderChanged onLayerFolderRemoved onLayerFolderChanged onLayerChanged onCurrentLayerChanged].tally,
-                 heard.take.tally
+    assert_equal({ onLayerChanged: 2, onLayerFolderChanged: 2, onLayerFolderRemoved: 1, onCurrentLayerChanged: 1 },
+                 heard.take.tally)
     group = @entities.add_group
     group.layer = on
     kept = @entities.add_group
@@ -309,14 +310,16 @@ class HostTest < Minitest::Test
     Sketchup.add_observer(of_app)
     of_model.take
     Tempfile.create(["scene", ".json"]) do |file|
-      file.write('{"camera": {"eye": [0,0,9], "target": [0,0,0], "fov": 50}, "entities": [{"box": [[0,0,0],[1,1,1]]}]}')
+      file.write('{"camera": {"eye": [0,0,9], "target": [0,0,0], "fov": 50}, ' \
+                 '"entities": [{"box": [[0,0,0],[1,1,1]]}]}')
       file.flush
       assert Sketchup.open_file(file.path)
     end
     opened = Sketchup.active_model
     assert_equal [[:onDeleteModel], [:onOpenModel]], [of_model.take, of_app.take]
     refute_predicate former, :valid?
-    assert_equal [9, 50, 6], [opened.active_view.camera.eye.z, opened.active_view.camera.fov, opened.entities.faces.size]
+    camera = opened.active_view.camera
+    assert_equal [9, 50, 6], [camera.eye.z, camera.fov, opened.entities.faces.size]
     done = nil
     assert_match(%r{\A/no/such.json: there is no such file$}, capture_io { done = Sketchup.open_file("/no/such.json") }.last)
     assert_equal false, done

@@ -8,12 +8,16 @@ module RandomModel
   # Part by part, so that it can be told which part an edit has changed: values of the definitions and
   # the contents of the root and of each, in the order of their lists.
   def dump(model)
-    owners = [model, *model.definitions]
-    contents = owners.to_h { |owner| [[:contents, owner == model ? 0 : owner.persistent_id], contents(owner.entities)] }
-    { [:definitions] => model.definitions.map { |d| definition(d) }, [:materials] => model.materials.map { |m| material(m) },
-      [:layers] => layers(model), [:options] => model.rendering_options.keys.map { |key| model.rendering_options[key].then { |v| v.respond_to?(:to_a) ? v.to_a : v } },
-      [:shadow] => model.shadow_info.to_h, [:pages] => model.pages.map { |page| page_values(page) },
-      [:model] => [model.name, attributes(model)] }.merge(contents)
+    parts = { [:definitions] => model.definitions.map { |definition| definition(definition) },
+              [:materials] => model.materials.map { |material| material(material) },
+              [:layers] => layers(model),
+              [:options] => model.rendering_options.each_pair.to_h,
+              [:shadow] => model.shadow_info.to_h,
+              [:pages] => model.pages.map { |page| page_values(page) },
+              [:model] => [model.name, attributes(model)],
+              [:contents, 0] => contents(model.entities) }
+    model.definitions.each { |d| parts[[:contents, d.persistent_id]] = contents(d.entities) }
+    parts
   end
 
   def contents(entities)
@@ -28,24 +32,25 @@ module RandomModel
     case entity
     when ModelHost::Face
       at = entity.points.first
-      [entity.points, entity.holes, entity.plane, entity.area, entity.back_material&.persistent_id, entity.uv_at(at), entity.uv_at(at, false),
-       entity.edges.map(&:persistent_id)]
+      [entity.points, entity.holes, entity.plane, entity.area, entity.back_material&.persistent_id,
+       entity.uv_at(at), entity.uv_at(at, false), entity.edges.map(&:persistent_id)]
     when ModelHost::Edge
-      [entity.start, entity.end, entity.soft?, entity.smooth?, entity.faces.map(&:persistent_id)]
+      [entity.start.to_a, entity.end.to_a, entity.soft?, entity.smooth?, entity.faces.map(&:persistent_id)]
     else
       [entity.name, entity.definition.persistent_id, entity.transformation.to_a]
     end
   end
 
   def definition(definition)
-    [definition.persistent_id, definition.name, definition.behavior.always_face_camera?, definition.behavior.cuts_opening?,
+    behavior = definition.behavior
+    [definition.persistent_id, definition.name, behavior.always_face_camera?, behavior.cuts_opening?,
      definition.instances.map(&:persistent_id), attributes(definition)]
   end
 
   def material(material)
     texture = material.texture && [material.texture.filename, material.texture.width, material.texture.height]
-    [material.persistent_id, material.name, material.color.to_a, material.alpha, texture, material.metallic, material.roughness,
-     material.normal_scale, material.colorize_deltas, material.workflow, attributes(material)]
+    [material.persistent_id, material.name, material.color.to_a, material.alpha, texture, material.metallic,
+     material.roughness, material.normal_scale, material.colorize_deltas, material.workflow, attributes(material)]
   end
 
   def layers(model)
@@ -64,11 +69,16 @@ module RandomModel
     owner.attribute_dictionaries.to_a.map { |dictionary| [dictionary.name, dictionary.keys, dictionary.values] }
   end
 
+  # A bitmap of one pixel.
+  def write_picture(path)
+    File.binwrite(path, ["BM", 58, 0, 54, 40, 1, 1, 1, 24, 0, 4, 0, 0, 0, 0, 255, 128, 0, 0].pack("a2V3V3v2V6C4"))
+  end
+
   # Makes edits; a seed and a number of edits give always the same model.
   class Editor
-    KINDS = %i[face edges hole pushpull reverse paint_front paint_back position edge_flags group instance image move unique
-               explode erase hide layer attribute transform group_some copy component fill definition purge behavior rename
-               new_material material_values texture remove_material new_layer layer_values folder remove_layer
+    KINDS = %i[face edges hole pushpull reverse paint_front paint_back position edge_flags group instance image move
+               unique explode erase hide layer attribute transform group_some copy component fill definition purge
+               behavior rename new_material material_values texture remove_material new_layer layer_values folder remove_layer
                remove_folder option shadow page page_values erase_page clear move_free].freeze
 
     attr_reader :model, :random
@@ -77,11 +87,14 @@ module RandomModel
       @model = model
       @random = Random.new(seed)
       @count = 0
+      @kinds = []
     end
 
-    # One edit; its kind, or nil where the model has nothing to edit so.
-    def edit(kind = KINDS.sample(random: random))
+    # One edit; its kind, or nil where the model has nothing to edit so. All kinds are as frequent.
+    def edit
       @count += 1
+      @kinds = KINDS.shuffle(random: random) if @kinds.empty?
+      kind = @kinds.pop
       kind if send(kind)
     rescue ArgumentError
       # What is flat, or would lie inside itself.
@@ -93,7 +106,10 @@ module RandomModel
     def pick(list) = list.to_a.sample(random: random)
     def owner = pick([model, *model.definitions.reject(&:image?)])
     def entities = owner.entities
-    def some(*classes) = pick([model, *model.definitions].flat_map { |o| o.entities.select { |e| classes.any? { |c| c === e } } })
+    def some(*classes)
+      pick([model, *model.definitions].flat_map { |o| o.entities.select { |e| classes.any? { |c| c === e } } })
+    end
+
     def placed = some(Sketchup::ComponentInstance)
     def number(range = 0.5..9.5) = random.rand(range)
     def paint = pick([nil, *model.materials])
@@ -106,7 +122,10 @@ module RandomModel
     end
 
     def edges = entities.add_edges(*Array.new(3) { [number, number, number] })
-    def fill = entities.fill([*RandomModel::SQUARE, [5, 5, number]], [[0, 1, 4], [1, 2, 4], [2, 3, 4], [3, 0, 4]], paint, true)
+
+    def fill
+      entities.fill([*RandomModel::SQUARE, [5, 5, number]], [[0, 1, 4], [1, 2, 4], [2, 3, 4], [3, 0, 4]], paint, true)
+    end
 
     def hole
       face = some(Sketchup::Face) or return
@@ -119,7 +138,7 @@ module RandomModel
     def reverse = some(Sketchup::Face)&.reverse!
 
     def paint_side(writer)
-      thing = some(*(writer == :material= ? [Sketchup::Face, Sketchup::ComponentInstance] : [Sketchup::Face])) or return
+      thing = some(Sketchup::Face, *(Sketchup::ComponentInstance if writer == :material=)) or return
       thing.public_send(writer, paint)
       true
     end
@@ -158,7 +177,7 @@ module RandomModel
     end
 
     def unique = placed&.make_unique
-    def explode = (thing = some(Sketchup::Group, Sketchup::ComponentInstance)) && !thing.is_a?(Sketchup::Image) && thing.explode
+    def explode = placed&.explode
     def erase = (thing = some(Sketchup::DrawingElement)) && (thing.erase! || true)
 
     def hide
@@ -194,11 +213,11 @@ module RandomModel
 
     def copy = some(Sketchup::Group)&.copy
     def component = some(Sketchup::Group)&.to_component
-    def clear = random.rand < 0.1 && entities.clear!
+    def clear = random.rand < 0.5 && entities.clear!
 
     def purge
       gone = pick(model.definitions.reject { |d| d.group? || d.image? })
-      random.rand < 0.3 && gone && (model.definitions.remove(gone) || true)
+      random.rand < 0.5 && gone && (model.definitions.remove(gone) || true)
     end
 
     def behavior
@@ -217,7 +236,7 @@ module RandomModel
 
     def material_values
       material = pick(model.materials) or return
-      material.public_send(*pick([[:color=, "#12#{format("%02x", random.rand(256))}56"], [:alpha=, number(0.0..1.0)], [:metallic=, 0.5],
+      material.public_send(*pick([[:color=, [random.rand(256), 2, 3]], [:alpha=, number(0.0..1.0)], [:metallic=, 0.5],
                                   [:roughness=, nil], [:colorize_deltas=, [10, 0.1, 0]], [:workflow=, :pbr]]))
       true
     end

@@ -36,8 +36,8 @@ class UndoTest < Minitest::Test
     end
 
     def listen(model)
-      [model, model.entities, model.definitions, model.materials, model.layers, model.pages, model.rendering_options, model.shadow_info]
-        .each { |subject| subject.add_observer(self) }
+      [model, model.entities, model.definitions, model.materials, model.layers, model.pages,
+       model.rendering_options, model.shadow_info].each { |subject| subject.add_observer(self) }
       follow(model)
     end
 
@@ -45,24 +45,20 @@ class UndoTest < Minitest::Test
   end
 
   def setup
-    RandomModel::Editor.picture = File.join(Dir.mktmpdir, "picture.png")
-    File.binwrite(RandomModel::Editor.picture, PNG)
-    Sketchup.file_new
-    @model = Sketchup.active_model
-    @editor = nil
+    RandomModel::Editor.picture = File.join(Dir.mktmpdir, "picture.bmp")
+    RandomModel.write_picture(RandomModel::Editor.picture)
+    @kinds_seen = []
   end
 
   def teardown = FileUtils.rm_rf(File.dirname(RandomModel::Editor.picture))
-
-  # One white pixel.
-  PNG = ["89504e470d0a1a0a0000000d4948445200000001000000010802000000907753de0000000c49444154789c63f8ffff3f0005fe02fe0dc3b9370000000049454e44ae426082"].pack("H*").freeze
 
   def dump = RandomModel.dump(@model)
 
   def assert_same(wanted, what)
     found = dump
     parts = (wanted.keys | found.keys).reject { |part| wanted[part] == found[part] }
-    assert_empty parts, "#{what}, seed #{@seed}: #{parts.map { |part| "#{part}\n  #{wanted[part].inspect[0, 1500]}\n  #{found[part].inspect[0, 1500]}" }.join("\n")}"
+    differing = parts.map { |part| [part, wanted[part], found[part]].map { |value| value.inspect[0, 1500] }.join("\n  ") }
+    assert_empty parts, "#{what}, seed #{@seed}: #{differing.join("\n")}"
   end
 
   def each_round
@@ -85,12 +81,9 @@ class UndoTest < Minitest::Test
     kinds = Array.new(many) { @editor.edit }
     @model.commit_operation
     @model.remove_observer(counter)
-    KINDS_SEEN.concat(kinds)
+    @kinds_seen |= kinds
     committed
   end
-
-  KINDS_SEEN = []
-  Minitest.after_run { puts "no edit of #{(RandomModel::Editor::KINDS - KINDS_SEEN).join(", ")}" if (RandomModel::Editor::KINDS - KINDS_SEEN).any? }
 
   def test_undo_and_redo_restore_the_model_value_for_value
     each_round do
@@ -112,6 +105,7 @@ class UndoTest < Minitest::Test
       nil while @model.history.redo
       assert_same states.last, "all done again"
     end
+    assert_empty RandomModel::Editor::KINDS - @kinds_seen, "never edited"
   end
 
   def test_abort_restores_the_model
