@@ -344,8 +344,11 @@ class HostTest < Minitest::Test
   end
 
   def test_attributes_of_the_model_are_undone
+    id = @entities.add_group.persistent_id
     assert_nil @model.attribute_dictionaries
     assert_equal 3, @model.get_attribute("live", "a", 3)
+    assert_nil @entities.first.attribute_dictionary("live")
+    assert_equal id + 2, @entities.add_group.persistent_id, "asking makes nothing: a group and its definition have ids"
     @model.set_attribute("live", "a", [1, "x"])
     @model.set_attribute("live", "b", 2.5)
     assert_equal [%w[a b], [[1, "x"], 2.5]], @model.attribute_dictionary("live").then { |d| [d.keys, d.values] }

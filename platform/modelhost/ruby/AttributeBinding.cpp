@@ -135,12 +135,52 @@ VALUE arrayTo(SUTypedValueRef value) {
   return array;
 }
 
+// Calls use(dictionary, its name) for each dictionary of an entity or a model.
+template <class Use>
+void eachDictionary(VALUE owner, Use use) {
+  const bool ofModel = RTEST(rb_obj_is_kind_of(owner, classes.model));
+  const SUModelRef model = ofModel ? modelRefOf(owner) : SUModelRef SU_INVALID;
+  const SUEntityRef entity = ofModel ? SUEntityRef SU_INVALID : entityOf(owner);
+  size_t count = 0;
+  check(ofModel ? modelhost_get_num_model_dictionaries(model, &count)
+                : SUEntityGetNumAttributeDictionaries(entity, &count),
+        "no attributes");
+  if (count == 0) return;
+  VALUE holder = 0;
+  SUAttributeDictionaryRef* all =
+      ALLOCV_N(SUAttributeDictionaryRef, holder, static_cast<long>(count));
+  if (ofModel) {
+    modelhost_get_model_dictionaries(model, count, all, &count);
+  } else {
+    SUEntityGetAttributeDictionaries(entity, count, all, &count);
+  }
+  for (size_t i = 0; i < count; ++i) {
+    use(all[i], readText([&](SUStringRef* s) { return SUAttributeDictionaryGetName(all[i], s); },
+                         "no name"));
+  }
+  ALLOCV_END(holder);
+}
+
 struct AttributeTarget {
   SUAttributeDictionaryRef dictionary;
   const char* key;
 };
 
 }  // namespace
+
+SUAttributeDictionaryRef findDictionary(VALUE owner, const char* wanted) {
+  SUAttributeDictionaryRef found = SU_INVALID;
+  eachDictionary(owner, [&](SUAttributeDictionaryRef dictionary, VALUE name) {
+    if (std::strcmp(StringValueCStr(name), wanted) == 0) found = dictionary;
+  });
+  return found;
+}
+
+VALUE dictionaryNames(VALUE owner) {
+  const VALUE names = rb_ary_new();
+  eachDictionary(owner, [&](SUAttributeDictionaryRef, VALUE name) { rb_ary_push(names, name); });
+  return names;
+}
 
 void withTypedValue(VALUE value, void (*store)(void*, SUTypedValueRef), void* context) {
   Store s{SU_INVALID, value, store, context};

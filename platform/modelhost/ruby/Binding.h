@@ -158,6 +158,9 @@ VALUE readList(size_t count, Get get, VALUE model) {
   return array;
 }
 
+// Of an entity or a model. Null when there is none of that name; nothing is made.
+SUAttributeDictionaryRef findDictionary(VALUE owner, const char* wanted);
+VALUE dictionaryNames(VALUE owner);
 // Attributes; `dictionary` may be null, which reads as nil.
 VALUE readAttribute(SUAttributeDictionaryRef dictionary, const char* key);
 void writeAttribute(SUAttributeDictionaryRef dictionary, const char* key, VALUE value);

@@ -102,8 +102,8 @@ VALUE texture(VALUE self) {
   if (SUTextureGetDimensions(ref, &columns, &rows, &s, &t) != SU_ERROR_NONE) return Qnil;
   const VALUE name =
       readText([&](SUStringRef* text) { return SUTextureGetFileName(ref, text); }, "no name");
-  return rb_ary_new_from_args(5, name, rb_float_new(1 / s), rb_float_new(1 / t),
-                              SIZET2NUM(columns), SIZET2NUM(rows));
+  return rb_ary_new_from_args(5, name, rb_float_new(1 / s), rb_float_new(1 / t), SIZET2NUM(columns),
+                              SIZET2NUM(rows));
 }
 
 VALUE setTextureSize(VALUE self, VALUE width, VALUE height) {
@@ -137,23 +137,6 @@ VALUE readTexts(size_t count, Get get) {
   }
   ALLOCV_END(holder);
   return list;
-}
-
-// The names of the dictionaries that get(len, out, count) gives.
-template <class Get>
-VALUE readNames(size_t count, Get get) {
-  VALUE holder = 0;
-  SUAttributeDictionaryRef* all =
-      ALLOCV_N(SUAttributeDictionaryRef, holder, static_cast<long>(count + 1));
-  if (count > 0) get(count, all, &count);
-  const VALUE names = rb_ary_new();
-  for (size_t i = 0; i < count; ++i) {
-    rb_ary_push(names, readText(
-                           [&](SUStringRef* s) { return SUAttributeDictionaryGetName(all[i], s); },
-                           "no name"));
-  }
-  ALLOCV_END(holder);
-  return names;
 }
 
 VALUE optionKeys(VALUE self) {
@@ -209,8 +192,7 @@ VALUE setPath(VALUE self, VALUE path) {
 VALUE setCamera(VALUE self, VALUE eye, VALUE target, VALUE up, VALUE fov) {
   const SUPoint3D direction = pointFrom(up);
   const ModelHostCamera camera{pointFrom(eye), pointFrom(target),
-                               SUVector3D{direction.x, direction.y, direction.z},
-                               rb_num2dbl(fov)};
+                               SUVector3D{direction.x, direction.y, direction.z}, rb_num2dbl(fov)};
   check(modelhost_set_camera(modelRefOf(self), &camera), "no camera can be set");
   return Qnil;
 }
@@ -287,37 +269,8 @@ VALUE takeChanges(VALUE self) {
   return list;
 }
 
-VALUE modelDictionaries(VALUE self) {
-  const SUModelRef model = modelRefOf(self);
-  size_t count = 0;
-  check(modelhost_get_num_model_dictionaries(model, &count), "no attributes");
-  return readNames(count, [&](size_t len, SUAttributeDictionaryRef* out, size_t* got) {
-    return modelhost_get_model_dictionaries(model, len, out, got);
-  });
-}
-
-VALUE entityDictionaries(VALUE self) {
-  const SUEntityRef entity = entityOf(self);
-  size_t count = 0;
-  check(SUEntityGetNumAttributeDictionaries(entity, &count), "no attributes");
-  return readNames(count, [&](size_t len, SUAttributeDictionaryRef* out, size_t* got) {
-    return SUEntityGetAttributeDictionaries(entity, len, out, got);
-  });
-}
-
-SUAttributeDictionaryRef dictionaryOf(VALUE self, VALUE name) {
-  const char* text = StringValueCStr(name);
-  SUAttributeDictionaryRef ref = SU_INVALID;
-  if (RTEST(rb_obj_is_kind_of(self, classes.model))) {
-    SUModelGetAttributeDictionary(modelRefOf(self), text, &ref);
-  } else {
-    SUEntityGetAttributeDictionary(entityOf(self), text, &ref);
-  }
-  return ref;
-}
-
 VALUE attributeKeys(VALUE self, VALUE name) {
-  const SUAttributeDictionaryRef dictionary = dictionaryOf(self, name);
+  const SUAttributeDictionaryRef dictionary = findDictionary(self, StringValueCStr(name));
   size_t count = 0;
   SUAttributeDictionaryGetNumKeys(dictionary, &count);
   return readTexts(count, [&](size_t len, SUStringRef* out, size_t* got) {
@@ -325,9 +278,9 @@ VALUE attributeKeys(VALUE self, VALUE name) {
   });
 }
 
-VALUE deleteModelAttribute(VALUE self, VALUE dictionary, VALUE key) {
-  const char* text = StringValueCStr(key);
-  return flagTo(modelhost_delete_attribute(dictionaryOf(self, dictionary), text) == SU_ERROR_NONE);
+VALUE deleteModelAttribute(VALUE self, VALUE name, VALUE key) {
+  const SUAttributeDictionaryRef dictionary = findDictionary(self, StringValueCStr(name));
+  return flagTo(modelhost_delete_attribute(dictionary, StringValueCStr(key)) == SU_ERROR_NONE);
 }
 
 SULayerFolderRef folderOf(VALUE self) {
@@ -409,9 +362,9 @@ void defineEdits() {
                             classes.layers, classes.options, classes.behavior}) {
     method<&modelObject>(klass, "_model");
   }
-  method<&entityDictionaries>(classes.entity, "_dictionary_names");
+  method<&dictionaryNames>(classes.entity, "_dictionary_names");
   method<&attributeKeys>(classes.entity, "_attribute_keys");
-  method<&modelDictionaries>(classes.model, "_dictionary_names");
+  method<&dictionaryNames>(classes.model, "_dictionary_names");
   method<&attributeKeys>(classes.model, "_attribute_keys");
   method<&deleteModelAttribute>(classes.model, "delete_attribute");
   method<&folderParent>(classes.folder, "folder");

@@ -1,6 +1,4 @@
 // What all entities and all drawing elements can do.
-#include <cstring>
-
 #include "Binding.h"
 
 namespace modelhost_ruby {
@@ -65,30 +63,12 @@ VALUE model(VALUE self) {
   return modelOf(self);
 }
 
-// The dictionary of that name, or a null handle; nothing is made.
-SUAttributeDictionaryRef findDictionary(SUEntityRef entity, const char* wanted) {
-  SUAttributeDictionaryRef found = SU_INVALID;
-  size_t count = 0;
-  SUEntityGetNumAttributeDictionaries(entity, &count);
-  VALUE holder = 0;
-  SUAttributeDictionaryRef* all =
-      ALLOCV_N(SUAttributeDictionaryRef, holder, static_cast<long>(count + 1));
-  SUEntityGetAttributeDictionaries(entity, count, all, &count);
-  for (size_t i = 0; i < count && SUIsInvalid(found); ++i) {
-    VALUE name = readText([&](SUStringRef* s) { return SUAttributeDictionaryGetName(all[i], s); },
-                          "no name");
-    if (std::strcmp(StringValueCStr(name), wanted) == 0) found = all[i];
-  }
-  ALLOCV_END(holder);
-  return found;
-}
-
 // get_attribute(dictionary, key, default = nil)
 VALUE getAttribute(int argc, VALUE* argv, VALUE self) {
   rb_check_arity(argc, 2, 3);
   const char* name = StringValueCStr(argv[0]);
   const char* key = StringValueCStr(argv[1]);
-  const VALUE value = readAttribute(findDictionary(entityOf(self), name), key);
+  const VALUE value = readAttribute(findDictionary(self, name), key);
   return NIL_P(value) && argc > 2 ? argv[2] : value;
 }
 
@@ -104,7 +84,7 @@ VALUE setAttribute(VALUE self, VALUE dictionary, VALUE keyValue, VALUE value) {
 VALUE deleteAttribute(VALUE self, VALUE dictionary, VALUE keyValue) {
   const char* name = StringValueCStr(dictionary);
   const char* key = StringValueCStr(keyValue);
-  const SUAttributeDictionaryRef ref = findDictionary(entityOf(self), name);
+  const SUAttributeDictionaryRef ref = findDictionary(self, name);
   return flagTo(SUIsValid(ref) && modelhost_delete_attribute(ref, key) == SU_ERROR_NONE);
 }
 

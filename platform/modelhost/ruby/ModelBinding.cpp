@@ -132,7 +132,8 @@ SUAttributeDictionaryRef dictionaryOf(VALUE self, VALUE dictionaryName) {
 }
 
 VALUE getAttribute(VALUE self, VALUE dictionary, VALUE key) {
-  return readAttribute(dictionaryOf(self, dictionary), StringValueCStr(key));
+  const char* name = StringValueCStr(dictionary);
+  return readAttribute(findDictionary(self, name), StringValueCStr(key));
 }
 
 VALUE setAttribute(VALUE self, VALUE dictionary, VALUE key, VALUE value) {

@@ -121,8 +121,13 @@ module ModelHost
       changes = @model._take_changes
       return if changes.nil? && @told.empty? && @flips.empty?
       return deliver(changes) if @open
+      tell_as_operation(changes)
+    end
+
+    def tell_as_operation(changes)
       start(own = +"")
       deliver(changes)
+    ensure
       # An observer may have begun an operation of its own, which has ended this one.
       commit if @open.equal?(own)
     end
