@@ -6,12 +6,20 @@ module QuellixLive
   # What could not be done, in one sentence for the user.
   class Error < StandardError; end
 
-  autoload :Extension, "quellix_live/extension"
-  autoload :Host, "quellix_live/host"
-  autoload :LiveLink, "quellix_live/live_link"
-  autoload :Plugin, "quellix_live/plugin"
+  # By their files, so that the host's load path stays as it is.
+  { Extension: "extension", Host: "host", LiveLink: "live_link", Plugin: "plugin" }.each do |name, file|
+    autoload name, File.join(__dir__, "quellix_live", file)
+  end
 
   def self.start(...) = LiveLink.start(...)
+
+  def self.register
+    extension = SketchupExtension.new("Quellix Live", File.join(__dir__, "quellix_live", "main"))
+    extension.description = "Keeps the renderer in step with the model."
+    extension.version = VERSION
+    extension.creator = "Quellix"
+    Sketchup.register_extension(extension, true)
+  end
 end
 
-$LOAD_PATH.unshift(__dir__) unless $LOAD_PATH.include?(__dir__)
+QuellixLive.register if defined?(SketchupExtension)

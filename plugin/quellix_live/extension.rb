@@ -11,11 +11,12 @@ module QuellixLive
     def self.load
       return if @loaded
       ENV["QUELLIX_MESH_PER_PAINT"] ||= "1"
-      loader = File.join(NATIVE, "quellix.rb")
-      require File.file?(loader) ? loader : "Quellix"
+      # The package's loader says what does not fit.
+      packed = %w[quellix.rb Quellix.so].map { |name| File.join(NATIVE, name) }
+      require packed.find { |file| File.file?(file) } || "Quellix"
       @loaded = true
     rescue LoadError => e
-      raise Error, "The extension cannot be loaded: #{e.message.lines.first.chomp}"
+      raise Error, "the extension cannot be loaded: #{e.message.lines.first.chomp}"
     end
   end
 end

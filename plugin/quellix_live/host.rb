@@ -6,9 +6,9 @@ module QuellixLive
     # The number that `do_import` takes for the host's active model. The model stays the host's: it is
     # never released, and the number is asked for again before each export, since another may be open.
     def model_handle(model)
-      raise Error, "There is no model." if model.nil?
+      raise Error, "there is no model" if model.nil?
       unless defined?(::Sketchup) && ::Sketchup.active_model == model
-        raise Error, "The model is not the host's active one, so its handle must be given."
+        raise Error, "the model is not the host's active one, so its handle must be given"
       end
       active_model_handle
     end
@@ -27,12 +27,12 @@ module QuellixLive
       # A handle is a struct of one pointer, a result an enumeration in which 0 is success.
       place = [0].pack("J")
       result = function.call(place)
-      raise Error, "The host's API gives no active model (result #{result})." unless result.zero?
+      raise Error, "the host's API gives no active model (result #{result})" unless result.zero?
       place.unpack1("J")
     rescue LoadError
-      raise Error, "This Ruby has no Fiddle, so the model's handle must be given."
+      raise Error, "this Ruby has no Fiddle, so the model's handle must be given"
     rescue Fiddle::DLError => e
-      raise Error, "The host's API cannot be asked for the active model: #{e.message.lines.first.chomp}."
+      raise Error, "the host's API cannot be asked for the active model: #{e.message.lines.first.chomp}"
     end
   end
 end
