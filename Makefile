@@ -100,7 +100,7 @@ demo-windows: build windows
 package: windows
 	@cmake --build --preset windows --target package >"$(CURDIR)/.deps/log/package.log" || \
 	  { echo "package: no archive was made; see .deps/log/package.log" >&2; exit 1; }
-	@ls out/quellix-*-windows-x64.zip
+	@ls out/quellix-*-windows-x64.rbz
 
 env:
 	@echo "RUBY=$(ruby)"
