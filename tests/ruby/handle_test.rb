@@ -4,18 +4,16 @@ require "minitest"
 require "minitest/mock"
 
 $LOAD_PATH.unshift(ENV.fetch("EXTENSION_DIR"), ENV.fetch("MODELHOST_DIR"), ENV.fetch("PLUGIN_DIR"))
-require "modelhost"
+require "sketchup.rb"
 require "quellix_live"
-
-module Sketchup
-  def self.active_model = ModelHost.active
-end
 
 class HandleTest < Minitest::Test
   HOST = QuellixLive::Host
 
-  def setup = ModelHost.active = @model = ModelHost::Model.new
-  def teardown = ModelHost.active = nil
+  def setup
+    Sketchup.file_new
+    @model = Sketchup.active_model
+  end
 
   def refusal(model = @model)
     message = assert_raises(QuellixLive::Error) { HOST.model_handle(model) }.message
@@ -25,15 +23,17 @@ class HandleTest < Minitest::Test
 
   def test_the_active_model_is_asked_for_through_the_hosts_api
     assert_equal @model.handle, HOST.model_handle(@model)
-    ModelHost.active = other = ModelHost::Model.new
+    former = @model
+    Sketchup.file_new
+    other = Sketchup.active_model
     assert_equal other.handle, HOST.model_handle(other)
-    assert_match(/is not the host's active one/, refusal(@model))
-    other.close
-    assert_nil ModelHost.active
-    assert_match(/gives no active model \(result 9\)/, Sketchup.stub(:active_model, other) { refusal(other) })
-    assert_raises(RuntimeError) { ModelHost.active = other }
+    assert_match(/is not the host's active one/, refusal(former))
     assert_match(/there is no model/, refusal(nil))
-    @model.close
+    assert_raises(RuntimeError) { ModelHost.active = former }
+    ModelHost.active = nil
+    assert_match(/gives no active model \(result 9\)/, Sketchup.stub(:active_model, other) { refusal(other) })
+  ensure
+    ModelHost.active = other
   end
 
   def test_what_is_missing_is_said
