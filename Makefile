@@ -25,7 +25,7 @@ help:
 	@echo "make windows            builds all of it for Windows x64 (see docs/windows.md)"
 	@echo "make windows-test       runs the tests of that under Wine"
 	@echo "make demo-windows       the demo with the extension and the renderer under Wine"
-	@echo "make package            an archive of the extension for Windows, for plug-in authors"
+	@echo "make package            the plug-in as an .rbz, with the extension for Windows"
 	@echo "make env                prints where Ruby and the built folders are, for scripts"
 	@echo "PRESET=asan make test   the same tests with the address and undefined-behaviour sanitizers"
 
