@@ -1,5 +1,5 @@
 # The main job of the link, as a plug-in does it: start the renderer, export a model, give it a camera
-# and a background, answer its requests, close it.
+# and a background, answer its requests, report an edit and reload, close it.
 #
 #   ruby live_link.rb [MODEL]
 #
@@ -58,16 +58,43 @@ def camera_of(model)
   camera && [camera[:eye], camera[:target], camera[:up], camera[:fov], SUN]
 end
 
-def megabytes(bytes) = format("%.2f MB", bytes / 1048576.0)
+# What a user does and the plug-in reports: a material in another colour, which is sent again with what
+# shows it, and something at the root in another place, for which its new transformation is enough.
+def edit(link, model)
+  moved = [*model.entities.instances, *model.entities.groups].first
+  painted = moved&.material || model.materials.to_a.first
+  if painted
+    painted.color = [150, 44, 38]
+    link.invalidate_material_cache(painted.persistent_id & 0xFFFFFFFF)
+  end
+  return unless moved
+  moved.transform!(ModelHost::Transformation.translation([10, 0, 0]))
+  link.update_instance_transform(moved.persistent_id, moved.transformation.to_a)
+end
 
-def print_report(report, seconds)
+# The renderer gets what was reported and keeps the rest. Returns how long it took.
+def export(link, model, path, reload)
+  began = Process.clock_gettime(Process::CLOCK_MONOTONIC)
+  link.init_reload if reload
+  link.prepare_renderer(reload)
+  link.do_import(model.handle, path, reload, true)
+  link.update_cache_info
+  Process.clock_gettime(Process::CLOCK_MONOTONIC) - began
+end
+
+def megabytes(bytes) = format("%.2f MB", bytes / 1048576.0)
+def milliseconds(seconds) = format("%.1f ms", seconds * 1000)
+
+def print_report(report, first_seconds, reload_seconds)
+  first, reload = report["exports"]
   puts "materials   #{report["materials"]}"
   puts "meshes      #{report["meshes"]}"
   puts "placements  #{report["placements"]}"
   puts "vertices    #{report["vertices"]}"
   puts "triangles   #{report["triangles"]}"
-  puts "sent        #{megabytes(report["bytesReceived"])} in #{report["commandCount"]} commands"
-  puts "time        #{format("%.1f ms", seconds * 1000)}"
+  puts "sent        #{megabytes(first["bytes"])} in #{milliseconds(first_seconds)}"
+  puts "reload      #{megabytes(reload["bytes"])} in #{milliseconds(reload_seconds)}, " \
+       "materials sent: #{reload["materialsSent"]}, meshes sent: #{reload["meshesSent"]}"
   puts "picture     #{File.join(OUT_DIR, "picture.png")}" if DRAWN
   puts "scene       #{File.join(OUT_DIR, "scene.glb")}"
   report["faults"].each { |fault| warn "fault: command #{fault["command"]} #{fault["name"]}: #{fault["text"]}" }
@@ -91,24 +118,21 @@ unless link.init_renderer(PluginCallbacks.new(model), KVAPP_DIR)
   abort "live_link: the renderer did not start; is #{File.join(KVAPP_DIR, "KvApp", "KvApp.exe")} there?"
 end
 
-began = Process.clock_gettime(Process::CLOCK_MONOTONIC)
-link.prepare_renderer(false)
-link.do_import(model.handle, path, false, true)
-link.update_cache_info
-seconds = Process.clock_gettime(Process::CLOCK_MONOTONIC) - began
-
+first_seconds = export(link, model, path, false)
 link.do_rendering(*camera) if camera
 link.set_background_settings([0.62, 0.75, 0.90, 0, 0, 0, 0, 0, 0, 0])
 10.times do
   link.poll_to_plugin
   sleep 0.01
 end
+edit(link, model)
+reload_seconds = export(link, model, path, true)
 abort "live_link: the renderer has ended before the picture was drawn" unless link.is_alive
 link.quit
 
 report_file = File.join(OUT_DIR, "report.json")
 abort "live_link: the renderer wrote no report to #{OUT_DIR}" unless File.exist?(report_file)
 report = JSON.parse(File.read(report_file, encoding: "UTF-8"))
-print_report(report, seconds)
+print_report(report, first_seconds, reload_seconds)
 abort "live_link: the renderer drew no picture" if DRAWN && !File.exist?(File.join(OUT_DIR, "picture.png"))
 exit report["faults"].empty?
