@@ -59,10 +59,7 @@ module QuellixLive
     # Layers that are shown or hidden now, by themselves or by a folder, and those that are gone.
     def compare_layers(changes)
       was, @layers = @layers, layers_now
-      turned = was.select { |layer, known| @layers[layer] != known }
-      return if turned.empty?
-      turned.each_value { |known| changes.layer(known.id) }
-      changes.loose if @model.entities.any? { |entity| entity.is_a?(Sketchup::Image) }
+      was.each { |layer, known| changes.layer(known.id) if @layers[layer] != known }
     end
 
     def compare_colors(changes)

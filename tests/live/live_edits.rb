@@ -45,8 +45,6 @@ class LiveEdits
   def initialize
     Sketchup.file_new
     @model = Sketchup.active_model
-    # The host makes a dictionary that is asked for, with an id: here, so that all runs have the same ids.
-    @model.get_attribute("quellix_live", "use_pbr")
     @distorted = 0.0
     @random = Random.new(0)
     ModelHost.silently { build }

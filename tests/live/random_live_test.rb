@@ -34,7 +34,7 @@ QuellixLive::Callbacks.prepend(AskedByRenderer)
 class RandomLive < LinkTest
   WATCHDOG_SECONDS = 36_000
   ROUNDS = Integer(ENV.fetch("ROUNDS", "50"))
-  SMALL_ROUNDS = 10
+  SMALL_ROUNDS = 6
   EDITS = Integer(ENV.fetch("EDITS", "200"))
   SEED = Integer(ENV.fetch("SEED", Random.new_seed.to_s)) % (1 << 32)
   SHRINK_SECONDS = Integer(ENV.fetch("SHRINK_SECONDS", "120"))
