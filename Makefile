@@ -19,8 +19,9 @@ help:
 	@echo "make test               runs all tests"
 	@echo "make bench              measures the parts and whole exports, and writes out/bench.json"
 	@echo "make bench SIZE=full    the same with models of 4 million faces (12 GB of memory)"
-	@echo "make soak SECONDS=n     the long tests: 500 kills of the renderer, 2,000 reloads, hostile models;"
-	@echo "                        kills and reloads end after n seconds each (1800)"
+	@echo "make soak SECONDS=n     the long tests: 500 kills of the renderer, 2,000 reloads, 5,000 live"
+	@echo "                        syncs of random edits, hostile models;"
+	@echo "                        kills, reloads and syncs end after n seconds each (1800)"
 	@echo "make fuzz SECONDS=n     what cannot be trusted under libFuzzer, n seconds a target (60)"
 	@echo "make windows            builds all of it for Windows x64 (see docs/windows.md)"
 	@echo "make windows-test       runs the tests of that under Wine"
@@ -52,10 +53,11 @@ bench: build
 	@"$(build_dir)/bench/bench_report" "$(CURDIR)/out/bench.json" $(SIZE)
 
 soak_ruby := EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
+  PLUGIN_DIR="$(CURDIR)/plugin" LIVE_ROUNDS=5000 \
   KVAPP_DIR="$(build_dir)/renderer" SOAK_SECONDS="$(or $(SECONDS),1800)" KILLS=500 CYCLES=2000 ROUNDS=1000 \
   HOST_ROUNDS=40 EMPTY_GROUPS=1000000 TEXTURE_SIDE=16384 FACE_POINTS=100000 "$(ruby)" -W -E UTF-8
 soak: build
-	@for name in kill trouble hostile left_out reload random_reload hosts; do \
+	@for name in kill trouble hostile left_out reload random_reload random_live hosts; do \
 	  $(soak_ruby) tests/soak/$${name}_test.rb || exit 1; \
 	done
 	@QUELLIX_MESH_PER_PAINT=1 $(soak_ruby) tests/soak/random_reload_test.rb
@@ -107,6 +109,7 @@ env:
 	@echo "EXTENSION_DIR=$(build_dir)/extension"
 	@echo "MODELHOST_DIR=$(build_dir)/modelhost"
 	@echo "KVAPP_DIR=$(build_dir)/renderer"
+	@echo "PLUGIN_DIR=$(CURDIR)/plugin"
 
 clean:
 	@rm -rf build out
