@@ -38,8 +38,8 @@ SU_EXTERN_C_BEGIN
 // what had to be left out, or nothing. SERIALIZATION when the file cannot be read.
 SU_EXPORT enum SUResult modelhost_load(const char* path, SUModelRef* out_model,
                                        SUStringRef* message);
-// Makes it the model that the host's API calls the active one; a null handle: there is none. It stays
-// the caller's; once it is released there is none either.
+// Makes it the model that the host's API calls the active one; a null handle: there is none. It
+// stays the caller's; once it is released there is none either.
 SU_EXPORT enum SUResult modelhost_set_active_model(SUModelRef model);
 // NO_DATA for a model without a camera.
 SU_EXPORT enum SUResult modelhost_get_camera(SUModelRef model, struct ModelHostCamera* camera);

@@ -159,15 +159,13 @@ SUResult modelhost_abort(SUModelRef model) {
 }
 
 SUResult modelhost_undo(SUModelRef model) {
-  return withRecorder(model, [](Recorder& recorder) {
-    return recorder.undo() ? SU_ERROR_NONE : SU_ERROR_NO_DATA;
-  });
+  return withRecorder(
+      model, [](Recorder& recorder) { return recorder.undo() ? SU_ERROR_NONE : SU_ERROR_NO_DATA; });
 }
 
 SUResult modelhost_redo(SUModelRef model) {
-  return withRecorder(model, [](Recorder& recorder) {
-    return recorder.redo() ? SU_ERROR_NONE : SU_ERROR_NO_DATA;
-  });
+  return withRecorder(
+      model, [](Recorder& recorder) { return recorder.redo() ? SU_ERROR_NONE : SU_ERROR_NO_DATA; });
 }
 
 SUResult modelhost_get_num_changes(SUModelRef model, size_t* count) {
@@ -188,10 +186,10 @@ SUResult modelhost_take_changes(SUModelRef model, size_t len, ModelHostChange ch
       const SURefType type = SUEntityGetType(entity);
       const SUEntitiesRef among{event.among};
       const bool removed = event.what == Recorder::What::Removed;
-      const bool gone = removed ? among.ptr != nullptr && find(among) == nullptr
-                                : type == SURefType_Unknown;
+      const bool gone =
+          removed ? among.ptr != nullptr && find(among) == nullptr : type == SURefType_Unknown;
       if (*count == len || gone) continue;
-      changes[(*count)++] = {removed ? ModelHostEvent_Removed
+      changes[(*count)++] = {removed                               ? ModelHostEvent_Removed
                              : event.what == Recorder::What::Added ? ModelHostEvent_Added
                                                                    : ModelHostEvent_Changed,
                              typeOf(event.kind), entity, event.id, among};

@@ -73,7 +73,7 @@ void Instance::join() {
 void Instance::place(Definition& other, std::shared_ptr<Definition> otherShared) {
   Recorder* recorder = model() != nullptr ? model()->recorder() : nullptr;
   auto exchange = [this, to = &other, shared = std::move(otherShared),
-                         slot = other.instances.size()](const auto& placed) mutable {
+                   slot = other.instances.size()](const auto& placed) mutable {
     placed(false);
     std::swap(definition_, to);
     std::swap(shared_, shared);

@@ -243,7 +243,8 @@ std::vector<Definition*> Model::allDefinitions() const {
 
 Entity* Model::findEntity(const std::function<bool(const Entity&)>& wanted) const {
   const auto among = [&](const auto& list) -> Entity* {
-    const auto at = std::find_if(list.begin(), list.end(), [&](const auto& e) { return wanted(*e); });
+    const auto at =
+        std::find_if(list.begin(), list.end(), [&](const auto& e) { return wanted(*e); });
     return at == list.end() ? nullptr : &**at;
   };
   const auto inside = [&](const Entities& e) {
@@ -254,8 +255,8 @@ Entity* Model::findEntity(const std::function<bool(const Entity&)>& wanted) cons
     return found != nullptr ? found : among(e.edges());
   };
   const std::vector<Definition*> definitions = allDefinitions();
-  for (Entity* found : {among(materials_), among(layers_), among(folders_), among(definitions),
-                        inside(*root_)}) {
+  for (Entity* found :
+       {among(materials_), among(layers_), among(folders_), among(definitions), inside(*root_)}) {
     if (found != nullptr) return found;
   }
   for (const Definition* definition : definitions) {

@@ -76,9 +76,7 @@ class Model : public Object {
   // From now on changes are recorded.
   void watch();
   // Null when the model is not watched or its recorder is paused.
-  Recorder* recorder() const {
-    return recorder_ && !recorder_->paused ? recorder_.get() : nullptr;
-  }
+  Recorder* recorder() const { return recorder_ && !recorder_->paused ? recorder_.get() : nullptr; }
   // Null when the model is not watched.
   Recorder* watcher() const { return recorder_.get(); }
 

@@ -91,8 +91,7 @@ class Copier {
   std::shared_ptr<const UvMapping> mapping(const Face& from, bool front, Material* with) const {
     const auto& own = front ? from.frontMapping : from.backMapping;
     if (same_ || with == nullptr) return own;
-    const UvMapping lies =
-        own ? *own : UvMapping::planar(from.sideNormal(front), tileOf(with));
+    const UvMapping lies = own ? *own : UvMapping::planar(from.sideNormal(front), tileOf(with));
     return std::make_shared<UvMapping>(lies.after(*back_));
   }
 
@@ -253,6 +252,12 @@ void transform(Entities& entities, const Elements& elements, const SUTransformat
       willChange(*instance);
       instance->transform = product(t, instance->transform);
     }
+  }
+  // Most often it is instances alone.
+  if (std::all_of(elements.begin(), elements.end(), [](const Entity* element) {
+        return (kInstanceKinds & bitOf(element->kind())) != 0;
+      })) {
+    return;
   }
   for (const auto& edge : entities.edges()) {
     const bool goes = elements.contains(edge.get()) ||
