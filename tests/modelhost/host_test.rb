@@ -236,6 +236,20 @@ class HostTest < Minitest::Test
     assert_raises(RuntimeError) { group.entities.add_group(beside) }
   end
 
+  def test_the_user_goes_into_groups_and_leaves_them
+    outer = @entities.add_group
+    inner = outer.entities.add_group
+    heard = spy(@model)
+    @model.active_path = [outer, inner]
+    assert_equal [inner.entities, outer.definition], [@model.active_entities, inner.parent]
+    assert @model.close_active
+    assert_equal [outer], @model.active_path
+    assert @model.close_active
+    assert_nil @model.active_path
+    refute @model.close_active
+    assert_equal [:onActivePathChanged] * 3, heard.take
+  end
+
   def test_layers_and_folders
     layers = @model.layers
     on = layers.add("On")

@@ -25,8 +25,22 @@ module ModelHost
     def _state = @state ||= {}
     def _observed = :model
 
-    def active_entities = entities
-    def active_path = nil
+    # The instances and groups that the user is inside of, from the outside in; nil for none.
+    attr_reader :active_path
+
+    def active_path=(path)
+      @active_path = path.to_a.empty? ? nil : path.to_a
+      history.tell_now(:model, :onActivePathChanged, self)
+    end
+
+    # Leaves the innermost.
+    def close_active
+      return false unless active_path
+      self.active_path = active_path[0...-1]
+      true
+    end
+
+    def active_entities = active_path ? active_path.last.definition.entities : entities
     def active_view = @active_view ||= View.new(self)
     def pages = @pages ||= Pages.new(self)
     def shadow_info = @shadow_info ||= ShadowInfo.new(self)
