@@ -79,7 +79,10 @@ module RandomModel
     KINDS = %i[face edges hole pushpull reverse paint_front paint_back position edge_flags group instance image move
                unique explode erase hide layer attribute transform group_some copy component fill definition purge
                behavior rename new_material material_values texture remove_material new_layer layer_values folder remove_layer
-               remove_folder option shadow page page_values erase_page clear move_free].freeze
+               remove_folder option shadow page page_values erase_page clear mirror_placed].freeze
+
+    # So that models grow.
+    OFTEN = KINDS + %i[face group instance image fill definition new_material move] * 3
 
     attr_reader :model, :random
 
@@ -90,10 +93,10 @@ module RandomModel
       @kinds = []
     end
 
-    # One edit; its kind, or nil where the model has nothing to edit so. All kinds are as frequent.
+    # One edit; its kind, or nil where the model has nothing to edit so. All kinds have their turn.
     def edit
       @count += 1
-      @kinds = KINDS.shuffle(random: random) if @kinds.empty?
+      @kinds = OFTEN.shuffle(random: random) if @kinds.empty?
       kind = @kinds.pop
       kind if send(kind)
     rescue ArgumentError
@@ -104,7 +107,7 @@ module RandomModel
     private
 
     def pick(list) = list.to_a.sample(random: random)
-    def owner = pick([model, *model.definitions.reject(&:image?)])
+    def owner = pick([model, *pick([[], model.definitions.reject(&:image?)])])
     def entities = owner.entities
     def some(*classes)
       pick([model, *model.definitions].flat_map { |o| o.entities.select { |e| classes.any? { |c| c === e } } })
@@ -289,8 +292,7 @@ module RandomModel
     def page_values = (page = pick(model.pages)) && (page.name = "P#{@count}") && page.update
     def erase_page = (gone = pick(model.pages)) && model.pages.erase(gone)
 
-    # What cannot be undone on its own takes part in what surrounds it.
-    def move_free = (thing = placed) && thing.transform!(mirror)
+    def mirror_placed = (thing = placed) && thing.transform!(mirror)
 
     class << self
       attr_accessor :picture
