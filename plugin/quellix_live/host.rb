@@ -32,7 +32,7 @@ module QuellixLive
     rescue LoadError
       raise Error, "this Ruby has no Fiddle, so the model's handle must be given"
     rescue Fiddle::DLError => e
-      raise Error, "the host's API cannot be asked for the active model: #{e.message.lines.first.chomp}"
+      raise Error, "the host's API, #{library}, cannot be asked for the active model: #{e.message.lines.first.chomp}"
     end
   end
 end
