@@ -57,6 +57,16 @@ build_libpng() {
   rm -rf "$libpng_source"
 }
 
+# Ruby's Fiddle calls functions through it. A Ruby that was built before has no Fiddle.
+libffi_source="$windows/src/libffi"
+build_libffi() {
+  cd "$libffi_source"
+  quietly windows-libffi-configure ./configure --host=$host --prefix="$windows/libffi" \
+    --disable-shared --enable-static --disable-docs
+  quietly windows-libffi-make make -j"$jobs" install
+  rm -rf "$libffi_source" "$windows"/done/ruby*
+}
+
 wx_source="$windows/src/wx"
 configure_wx() {
   mkdir -p "$wx_source/build-windows"
@@ -91,11 +101,16 @@ configure_ruby() {
   cd "$ruby_source"
   quietly windows-ruby-configure ./configure --host=$host --build=x86_64-linux-gnu \
     --prefix="$windows/ruby" --with-baseruby="$deps/ruby/bin/ruby" --enable-shared \
-    --disable-install-doc --disable-yjit --disable-rjit --without-gmp \
-    --with-out-ext='-test-/*,openssl,psych,fiddle,readline,zlib,win32ole,io/console,pty,syslog,socket'
+    --with-libffi-dir="$windows/libffi" --disable-install-doc --disable-yjit --disable-rjit \
+    --without-gmp \
+    --with-out-ext='-test-/*,openssl,psych,readline,zlib,win32ole,io/console,pty,syslog,socket'
 }
 make_ruby() { (cd "$ruby_source" && quietly windows-ruby-program make -j"$jobs" miniruby.exe ruby.exe); }
-make_extensions() { (cd "$ruby_source" && quietly windows-ruby-extensions make -j"$jobs" exts); }
+# Extensions find the libraries of the other system alone.
+make_extensions() {
+  cd "$ruby_source"
+  PKG_CONFIG_LIBDIR="$windows/libffi/lib/pkgconfig" quietly windows-ruby-extensions make -j"$jobs" exts
+}
 install_ruby() {
   cd "$ruby_source"
   # The whole `make install` would fetch Ruby's bundled gems.
@@ -145,6 +160,8 @@ main() {
   once wx-configured "configuring wxWidgets for Windows (a quarter of a minute)" configure_wx
   once wx-built "building wxWidgets for Windows, base and core (four minutes on two cores)" build_wx
   once wx "" install_wx
+  once libffi-source "fetching libffi (1.5 MB)" unpack libffi "$libffi_source" 3.4.4
+  once libffi "building libffi for Windows (half a minute)" build_libffi
   once ruby-source "fetching Ruby (25 MB)" unpack ruby3.4 "$ruby_source"
   once ruby-configured "configuring Ruby for Windows (a minute)" configure_ruby
   once ruby-program "building Ruby for Windows (three and a half minutes)" make_ruby
