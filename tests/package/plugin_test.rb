@@ -23,11 +23,13 @@ class PluginTest < Minitest::Test
     @@said ||= load_plugin
     Sketchup.file_new
     @model = Sketchup.active_model
+    @timers = ModelHost.timers.size
     square(0)
   end
 
   def teardown
     choose("Stop") if item("Stop").enabled?
+    assert_equal @timers, ModelHost.timers.size, "something still runs"
     Sketchup.write_default("QuellixLive", "Renderer", nil)
     Sketchup.write_default("QuellixLive", "AutoSync", true)
     FileUtils.rm_rf(@folder)
