@@ -1,6 +1,7 @@
 #include "app/SceneJson.h"
 
 #include <algorithm>
+#include <string>
 #include <unordered_map>
 
 #include "app/Fnv.h"
@@ -69,13 +70,31 @@ json ToJson(const Light& light) {
           {"wideBeamAngle", light.wideBeamAngle}};
 }
 
-// The key of a slot's material, or a text for an unknown one.
-json SlotKey(const MaterialSlot& slot) {
-  if (slot.material) return slot.material->key;
-  return "unknown index";
-}
+// One material with textures of one look has several keys when several faces distort it alike; which of
+// them a mesh names cannot be seen. All count as the first that was asked for in the order of keys.
+class Looks {
+ public:
+  explicit Looks(const Scene& scene) {
+    for (const auto& [key, material] : scene.Materials()) KeyOf(*material);
+  }
 
-json ToJson(const Mesh& mesh) {
+  std::uint64_t KeyOf(const Material& material) {
+    const auto [known, isNew] = known_.try_emplace(&material, material.key);
+    if (isNew) {
+      json look = ToJson(material);
+      look.erase("index");
+      look["key"] = static_cast<std::uint32_t>(material.key);
+      known->second = keys_.try_emplace(look.dump(-1, ' ', false, json::error_handler_t::replace), material.key).first->second;
+    }
+    return known->second;
+  }
+
+ private:
+  std::unordered_map<const Material*, std::uint64_t> known_;
+  std::unordered_map<std::string, std::uint64_t> keys_;
+};
+
+json ToJson(const Mesh& mesh, Looks& looks) {
   Fnv vertices;
   vertices.Add(std::as_bytes(mesh.geometry.Vertices()));
   Fnv triangles;
@@ -83,11 +102,13 @@ json ToJson(const Mesh& mesh) {
     triangles.AddValue(triangle.vertex);
     for (const std::uint32_t slot : {triangle.frontMaterial, triangle.backMaterial}) {
       const auto& material = mesh.slots[slot].material;
-      triangles.AddValue(material ? material->key : ~0ull);
+      triangles.AddValue(material ? looks.KeyOf(*material) : ~0ull);
     }
   }
   json keys = json::array();
-  for (const MaterialSlot& slot : mesh.slots) keys.push_back(SlotKey(slot));
+  for (const MaterialSlot& slot : mesh.slots) {
+    keys.push_back(slot.material ? json(looks.KeyOf(*slot.material)) : json("unknown index"));
+  }
   std::sort(keys.begin(), keys.end());
   keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
   Vector3 low{}, high{};
@@ -112,12 +133,13 @@ json ToJson(const Mesh& mesh) {
 }
 
 json PlacementsToJson(const Scene& scene) {
+  Looks looks(scene);
   std::unordered_map<const Mesh*, json> meshes;
   json result = json::array();
   for (const auto& [owner, placements] : scene.Placements()) {
     for (const Placement& placement : placements) {
       json& mesh = meshes[placement.mesh.get()];
-      if (mesh.is_null()) mesh = ToJson(*placement.mesh);
+      if (mesh.is_null()) mesh = ToJson(*placement.mesh, looks);
       result.push_back({{"owner", owner}, {"transform", placement.transform}, {"mesh", mesh}});
     }
   }

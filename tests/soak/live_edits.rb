@@ -45,7 +45,6 @@ class LiveEdits
   def initialize
     Sketchup.file_new
     @model = Sketchup.active_model
-    @distorted = 0.0
     @random = Random.new(0)
     ModelHost.silently { build }
   end
@@ -115,7 +114,7 @@ class LiveEdits
     move * Geom::Transformation.rotation(ORIGIN, Z_AXIS, draw(8) * Math::PI / 4) * Geom::Transformation.scaling(draw(1..3))
   end
 
-  def pixels(side = 4)
+  def pixels(side = 16)
     bits = any([24, 32])
     { pixels: @random.bytes(side * side * bits / 8), width: side, height: side, bits: bits, size: [10, 10], use_alpha: draw(2) == 1 }
   end
@@ -179,23 +178,27 @@ class LiveEdits
     entities.add_group(*chosen) unless chosen.empty?
   end
 
-  # A copy of a distorted face would look like the other.
-  def make_unique
-    element = any(top + nested) or return
-    of(element.make_unique.definition.entities, Sketchup::Face).each { |face| distort_again(face) }
+  # A copy of a distorted face would look like the other, so its texture is turned in the same operation.
+  def copying
+    @model.start_operation("Copy", true) unless @open
+    Array(yield).grep(Sketchup::Face).each do |face|
+      distort(face, face.material, true) if face.material&.texture
+      distort(face, face.back_material, false) if face.back_material&.texture
+    end
+    @model.commit_operation unless @open
   end
 
-  def explode
-    element = any((top + nested).reject { |candidate| lamp?(candidate.definition) })&.explode or return
-    element.grep(Sketchup::Face).each { |face| distort_again(face) }
+  def make_unique = copying { any(top + nested)&.make_unique&.then { |element| element.definition.entities.to_a } }
+  def explode = copying { any((top + nested).reject { |element| lamp?(element.definition) })&.explode }
+
+  def to_component
+    copying { any(of(@model.entities, Sketchup::Group))&.to_component&.then { |component| component.definition.entities.to_a } }
   end
 
   def copy_group
     group = any(of(@model.entities, Sketchup::Group)) or return
     group.copy.transformation = place if top.size < 28
   end
-
-  def to_component = any(of(@model.entities, Sketchup::Group))&.to_component
 
   def paint_face = any(faces)&.then { |face| draw(2).zero? ? face.material = paint : face.back_material = paint }
 
@@ -209,13 +212,9 @@ class LiveEdits
   def distort(face, wearing, front)
     points = face.points.first(4)
     return if points.size < 4
-    corners = points.zip([[0, 0], [1, 0], [1, 1], [(@distorted += 0.0382) % 0.45, 0.9]]).flatten(1)
+    texture = [[draw(0.3), 0], [1, draw(0.3)], [1, 1], [draw(0.4), 0.9]]
+    corners = points.zip(texture).flatten(1)
     face.position_material(wearing, corners, front)
-  end
-
-  def distort_again(face)
-    distort(face, face.material, true) if face.material&.texture
-    distort(face, face.back_material, false) if face.back_material&.texture
   end
 
   def add_face
@@ -240,7 +239,7 @@ class LiveEdits
 
   def color = material&.color = Array.new(3) { draw(256) }
   def opacity = material&.alpha = draw(11) / 10.0
-  def texture = material&.texture = draw(4).zero? ? nil : pixels(any([4, 4, 8]))
+  def texture = material&.texture = draw(4).zero? ? nil : pixels(any([16, 16, 24]))
   def name_material = material&.name = "Named #{draw(1 << 60)}"
   def shift = material&.then { |m| m.colorize_deltas = [draw(90), draw(5) / 10.0, 0] if m.texture }
   def remove_material = (@model.materials.remove(material) if @model.materials.length > 4)
