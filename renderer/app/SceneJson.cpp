@@ -70,8 +70,9 @@ json ToJson(const Light& light) {
           {"wideBeamAngle", light.wideBeamAngle}};
 }
 
-// One material with textures of one look has several keys when several faces distort it alike; which of
-// them a mesh names cannot be seen. All count as the first that was asked for in the order of keys.
+// One material with textures of one look has several keys when several faces distort it alike;
+// which of them a mesh names cannot be seen. All count as the first that was asked for in the order
+// of keys.
 class Looks {
  public:
   explicit Looks(const Scene& scene) {
@@ -84,7 +85,9 @@ class Looks {
       json look = ToJson(material);
       look.erase("index");
       look["key"] = static_cast<std::uint32_t>(material.key);
-      known->second = keys_.try_emplace(look.dump(-1, ' ', false, json::error_handler_t::replace), material.key).first->second;
+      known->second =
+          keys_.try_emplace(look.dump(-1, ' ', false, json::error_handler_t::replace), material.key)
+              .first->second;
     }
     return known->second;
   }
