@@ -123,6 +123,9 @@ module QuellixLive
       @camera_linked = flag ? true : false
       return unless alive?
       @link.set_camera_link(@camera_linked)
+      # The one that the extension holds back, if it still does.
+      @link.do_rendering_without_progress(*Camera.arguments(@model)) if @camera_linked && @held_back
+      @held_back = false
       @view_due = @background_due = @camera_linked
     end
 
@@ -159,9 +162,11 @@ module QuellixLive
     # The next export that would come on its own is left to the edit after it.
     def skip_once = @skip_once = true
 
-    # The extension holds the next camera back, since the renderer has it: one is handed to it in any case.
+    # The extension holds the next camera back, since the renderer has it: one is handed to it in any case,
+    # and where none goes out now, when cameras are linked again.
     def camera_from_renderer
       @view_due = true
+      @held_back = !@camera_linked
       yield @model
     end
 

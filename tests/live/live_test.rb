@@ -183,6 +183,15 @@ class LiveTest < LinkTest
     assert_equal 1, count(names, "SetCamera"), "the next one goes"
   end
 
+  def test_a_camera_that_is_linked_later
+    go_live({ idle_ms: 50, request: { code: 105, ints: [2027, 3, 4, 15, 30, 10] } }, link_camera: false)
+    run_until { requests.any? }
+    ModelHost.run_timers(0.2)
+    assert_equal 0, count(sent { @model.active_view.zoom_extents; ModelHost.run_timers(0.2) }, "SetCamera")
+    assert_equal 1, count(sent { @live.link_camera = true; ModelHost.run_timers(0.2) }, "SetCamera")
+    assert @live.link_camera?
+  end
+
   def test_the_sun_goes_with_the_camera
     go_live
     @model.shadow_info["DisplayShadows"] = true
