@@ -88,9 +88,9 @@ class EconomyTest < LinkTest
 
   # What was sent since the block began. How many steps of progress are shown depends on time.
   def cost
-    before = commands.size
+    before = settled.size
     yield
-    lines = commands.drop(before).reject { |line| line["name"] == "SetProgress" }
+    lines = settled.drop(before).reject { |line| line["name"] == "SetProgress" }
     count = ->(name) { lines.count { |line| line["name"] == name } }
     { exports: count["SetModelName"], materials: count["AppendMaterial"], meshes: count["AppendMesh"],
       bytes: lines.sum { |line| line["message"] } }

@@ -92,6 +92,13 @@ class LinkTest < Minitest::Test
   def requests = lines("requests.jsonl")
   def report = JSON.parse(File.read(File.join(out, "report.json")))
 
+  # The commands when no more come.
+  def settled
+    seen = nil
+    sleep(0.05) until seen == (seen = commands)
+    seen
+  end
+
   # The names of the commands that arrived, without the closing one.
   def command_names = commands.map { |line| line["name"] } - ["CloseApp"]
 
