@@ -62,7 +62,8 @@ Texture ReadTexture(MessageReader& reader, const TextureFields& fields,
   texture.height = static_cast<std::uint32_t>(std::min(fields.height, kLargestSide));
   if (!options.headersOnly && !block.empty()) {
     const auto* first = reinterpret_cast<const std::uint8_t*>(block.data());
-    texture.pixels.assign(first, first + block.size());
+    texture.pixels =
+        std::make_shared<const std::vector<std::uint8_t>>(first, first + block.size());
   }
   return texture;
 }

@@ -23,10 +23,10 @@ constexpr std::uint8_t kNearlyOpaque = 247;
 
 // Top row first, red first. Colour and channel pixels come blue first.
 std::vector<std::uint8_t> ToRgba(const Texture& texture, bool blueFirst) {
-  std::vector<std::uint8_t> rgba(texture.pixels.size());
+  std::vector<std::uint8_t> rgba(texture.Pixels().size());
   const std::size_t stride = std::size_t{texture.width} * 4;
   for (std::size_t row = 0; row < texture.height; ++row) {
-    const std::uint8_t* from = texture.pixels.data() + (texture.height - 1 - row) * stride;
+    const std::uint8_t* from = texture.Pixels().data() + (texture.height - 1 - row) * stride;
     std::uint8_t* to = rgba.data() + row * stride;
     for (std::size_t i = 0; i < stride; i += 4) {
       to[i] = from[i + (blueFirst ? 2 : 0)];
@@ -36,20 +36,6 @@ std::vector<std::uint8_t> ToRgba(const Texture& texture, bool blueFirst) {
     }
   }
   return rgba;
-}
-
-// Cut-outs, such as foliage, are drawn in any order; what is really see-through must be sorted.
-const char* AlphaMode(const Texture& texture, float factor) {
-  if (factor < 1) return "BLEND";
-  std::size_t between = 0;
-  std::size_t clear = 0;
-  for (std::size_t i = 3; i < texture.pixels.size(); i += 4) {
-    const std::uint8_t alpha = texture.pixels[i];
-    clear += alpha < kNearlyClear ? 1 : 0;
-    between += alpha >= kNearlyClear && alpha <= kNearlyOpaque ? 1 : 0;
-  }
-  if (clear + between == 0) return "OPAQUE";
-  return between * 10 < texture.pixels.size() / 4 ? "MASK" : "BLEND";
 }
 
 json LinearColor(const Vector3& color, float scale) {
@@ -69,7 +55,7 @@ std::uint8_t Sample(const Texture& texture, std::size_t x, std::size_t y, std::s
                     std::size_t height) {
   const std::size_t column = x * texture.width / width;
   const std::size_t row = y * texture.height / height;
-  return texture.pixels[(row * texture.width + column) * 4 + 1];
+  return texture.Pixels()[(row * texture.width + column) * 4 + 1];
 }
 
 }  // namespace
@@ -87,6 +73,20 @@ bool GlbMaterials::IsTextured(const Material* material) {
 
 bool GlbMaterials::IsInvisible(const Material* material) {
   return material != nullptr && (material->hidden || Opacity(*material) <= 0);
+}
+
+// Cut-outs, such as foliage, are drawn in any order; what is really see-through must be sorted.
+const char* GlbMaterials::AlphaMode(const Material& material) {
+  if (Opacity(material) < 1) return "BLEND";
+  const auto pixels = material.colorTexture.Pixels();
+  std::size_t between = 0;
+  std::size_t clear = 0;
+  for (std::size_t i = 3; i < pixels.size(); i += 4) {
+    clear += pixels[i] < kNearlyClear ? 1 : 0;
+    between += pixels[i] >= kNearlyClear && pixels[i] <= kNearlyOpaque ? 1 : 0;
+  }
+  if (clear + between == 0) return "OPAQUE";
+  return between * 10 < pixels.size() / 4 ? "MASK" : "BLEND";
 }
 
 std::size_t GlbMaterials::Index(const Material* material, bool doubleSided) {
@@ -109,7 +109,7 @@ json GlbMaterials::Describe(const Material& material) {
   json described = {
       {"name", material.name},
       {"pbrMetallicRoughness", material.isPbr ? PbrSurface(material) : ClassicSurface(material)}};
-  const char* mode = AlphaMode(material.colorTexture, Opacity(material));
+  const char* mode = AlphaMode(material);
   if (std::string_view(mode) != "OPAQUE") described["alphaMode"] = mode;
   if (material.isPbr && material.pbr.normalTexture.HasPixels()) {
     const Texture& normal = material.pbr.normalTexture;

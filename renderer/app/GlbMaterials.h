@@ -25,6 +25,8 @@ class GlbMaterials {
   static bool IsTextured(const Material* material);
   // Whether surfaces of it show nothing at all.
   static bool IsInvisible(const Material* material);
+  // "OPAQUE", "MASK" or "BLEND": how surfaces of it let through what is behind.
+  static const char* AlphaMode(const Material& material);
 
  private:
   struct Alpha {

@@ -1,5 +1,6 @@
 #include "app/MaterialContent.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace kvapp {
@@ -7,8 +8,8 @@ namespace kvapp {
 namespace {
 
 bool Same(const Texture& a, const Texture& b) {
-  return std::tie(a.present, a.width, a.height, a.pixels) ==
-         std::tie(b.present, b.width, b.height, b.pixels);
+  return std::tie(a.present, a.width, a.height) == std::tie(b.present, b.width, b.height) &&
+         (a.pixels == b.pixels || std::ranges::equal(a.Pixels(), b.Pixels()));
 }
 
 bool Same(const ClassicFields& a, const ClassicFields& b) {

@@ -107,8 +107,12 @@ void RequestSender::TakeAnswer() {
     }
   }
   CheckUntouched(now, answerEnd);
-  Log(true, header.code, header.required,
-      std::span(now).subspan(kHeader, static_cast<std::size_t>(answerEnd) - kHeader));
+  const auto answer =
+      std::span(now).subspan(kHeader, static_cast<std::size_t>(answerEnd) - kHeader);
+  Log(true, header.code, header.required, answer);
+  if (const auto& answered = current_->request.answered) {
+    answered({true, header.code, header.required, answer});
+  }
   current_.reset();
 }
 
@@ -147,7 +151,10 @@ void RequestSender::Log(bool acknowledged, std::uint32_t result, std::uint64_t r
 
 void RequestSender::Finish() {
   Poll();
-  if (current_) Log(false, 0, 0, {});
+  if (current_) {
+    Log(false, 0, 0, {});
+    if (current_->request.answered) current_->request.answered({});
+  }
   current_.reset();
   waiting_.clear();
 }

@@ -13,17 +13,10 @@
 
 #include "app/EventPeer.h"
 #include "app/Findings.h"
+#include "app/Request.h"
 #include "app/SharedSegment.h"
 
 namespace kvapp {
-
-// One question to the plug-in.
-struct Request {
-  std::uint32_t code = 0;
-  std::optional<std::uint64_t> capacity;  // of the segment when not given
-  std::string data;                       // bytes from offset 24
-  std::optional<std::uint8_t> fill;       // for the bytes after the data; 0 when not given
-};
 
 // The renderer's end of the ToPlugin segment: posts requests one at a time, each after the one
 // before it was acknowledged, takes the answers, checks that nothing else was written, and logs one

@@ -145,11 +145,15 @@ void Scene::AddMaterial(std::shared_ptr<Material> material) {
   if (materials_.insert_or_assign(key, std::move(material)).second) {
     materialsOfIdentity_[static_cast<std::uint32_t>(key)].push_back(key);
   }
+  if (watcher_ != nullptr) watcher_->TookMaterial(materials_.at(key));
 }
 
 void Scene::ClaimIndex(std::uint32_t index, std::uint64_t key) {
   const auto [found, added] = keyOfIndex_.emplace(index, key);
-  if (added) return;
+  if (added) {
+    if (watcher_ != nullptr) watcher_->TookIndex(index, key);
+    return;
+  }
   findings_.Fault("material index " + std::to_string(index) + " is given to key " +
                   std::to_string(key) + " and was given to key " + std::to_string(found->second) +
                   " before in this export, wanted one material an index");
@@ -188,8 +192,10 @@ void Scene::Take(command::InstanciateMesh& command) {
 
 void Scene::AddPlacement(std::uint64_t owner, std::shared_ptr<Mesh> mesh, const Matrix& transform) {
   oldPlacements_.erase(owner);
-  placements_[owner].push_back(Placement{owner, std::move(mesh), transform, false});
+  auto& placements = placements_[owner];
+  placements.push_back(Placement{owner, std::move(mesh), transform, false});
   ++Summary().placementsSent;
+  if (watcher_ != nullptr) watcher_->Placed(placements.back(), placements.size() == 1);
 }
 
 void Scene::Take(command::InstanciateMeshBatch& command) {
@@ -224,6 +230,7 @@ void Scene::Take(command::UpdateInstanceTransform& command) {
     return;
   }
   for (Placement& placement : *moved) placement.transform = command.transform;
+  if (watcher_ != nullptr) watcher_->Moved(command.owner, command.transform);
 }
 
 void Scene::BeginContent() {
@@ -240,6 +247,7 @@ void Scene::BeginContent() {
   summary.modelName = modelName_;
   summary.firstCommand = nameCommand_;
   exports_.push_back(summary);
+  if (watcher_ != nullptr) watcher_->ExportBegan(summary.number);
 }
 
 // A broken-off export turns old like a complete one: what it had sent may be referenced.

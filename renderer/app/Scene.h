@@ -59,6 +59,19 @@ struct ExportSummary {
   std::uint64_t trianglesSent = 0;
 };
 
+// Is told of what an export brings while it runs, on the thread that applies the commands. What it
+// is told to hold on to is not changed any more, except a mesh's slots.
+class SceneWatcher {
+ public:
+  virtual ~SceneWatcher() = default;
+  virtual void ExportBegan(std::uint64_t number) = 0;
+  virtual void TookMaterial(const std::shared_ptr<const Material>& material) = 0;
+  virtual void TookIndex(std::uint32_t index, std::uint64_t key) = 0;
+  // `first`: all that the owner showed before is gone.
+  virtual void Placed(const Placement& placement, bool first) = 0;
+  virtual void Moved(std::uint64_t owner, const Matrix& transform) = 0;
+};
+
 // The scene that the commands describe.
 //
 // Exports. An export opens with a model name, a message and progress 0, and begins with the first
@@ -88,6 +101,9 @@ class Scene {
     onExportEnd_ = std::move(callback);
   }
 
+  // Null: nobody watches.
+  void WatchBy(SceneWatcher* watcher) { watcher_ = watcher; }
+
   // Takes one checked command; `number` counts commands from 1.
   void Apply(Command command, std::uint64_t number, std::uint64_t messageBytes);
 
@@ -110,6 +126,11 @@ class Scene {
   // Every mesh that is placed, once, in a stable order.
   std::vector<std::shared_ptr<const Mesh>> PlacedMeshes() const;
   std::size_t PlacementCount() const;
+  bool Exporting() const { return exporting_; }
+  // What there is to be seen also while an export runs: what it brought, and of the exports before
+  // what it has not replaced yet. The placements of an owner follow each other.
+  std::vector<Placement> ShownPlacements() const;
+  std::vector<std::shared_ptr<const Material>> ShownMaterials() const;
 
  private:
   void Take(std::monostate&) {}
@@ -149,6 +170,7 @@ class Scene {
 
   Findings& findings_;
   std::function<void(std::uint64_t)> onExportEnd_;
+  SceneWatcher* watcher_ = nullptr;
 
   std::string modelName_;
   std::string lastMessage_;

@@ -16,14 +16,17 @@ namespace {
 json ToJson(const Texture& texture) {
   if (!texture.present) return nullptr;
   Fnv hash;
-  hash.Add(std::as_bytes(std::span(texture.pixels)));
+  hash.Add(std::as_bytes(texture.Pixels()));
   return {{"width", texture.width},
           {"height", texture.height},
-          {"bytes", texture.pixels.size()},
+          {"bytes", texture.Pixels().size()},
           {"pixels", DigestText(hash.Value())}};
 }
 
-json ToJson(const Material& material) {
+}  // namespace
+
+json MaterialToJson(const Material& material,
+                    const std::function<json(const Texture&)>& textureJson) {
   json result = {{"key", material.key},
                  {"index", material.index},
                  {"kind", material.isPbr       ? "pbr"
@@ -34,16 +37,16 @@ json ToJson(const Material& material) {
                  {"refraction", material.refraction},
                  {"lightPower", material.lightPower},
                  {"hidden", material.hidden},
-                 {"texture", ToJson(material.colorTexture)}};
+                 {"texture", textureJson(material.colorTexture)}};
   if (material.isPbr) {
     const PbrFields& pbr = material.pbr;
     result.update({{"baseColor", pbr.baseColor},
                    {"metallic", pbr.metallic},
-                   {"metallicTexture", ToJson(pbr.metallicTexture)},
+                   {"metallicTexture", textureJson(pbr.metallicTexture)},
                    {"roughness", pbr.roughness},
-                   {"roughnessTexture", ToJson(pbr.roughnessTexture)},
+                   {"roughnessTexture", textureJson(pbr.roughnessTexture)},
                    {"normalScale", pbr.normalScale},
-                   {"normalTexture", ToJson(pbr.normalTexture)},
+                   {"normalTexture", textureJson(pbr.normalTexture)},
                    {"transparency", pbr.transparency}});
   } else {
     const ClassicFields& classic = material.classic;
@@ -61,7 +64,7 @@ json ToJson(const Material& material) {
   return result;
 }
 
-json ToJson(const Light& light) {
+json LightToJson(const Light& light) {
   return {{"kind", light.isSpot ? "spot" : "omni"},
           {"color", light.color},
           {"position", light.position},
@@ -69,6 +72,8 @@ json ToJson(const Light& light) {
           {"beamAngle", light.beamAngle},
           {"wideBeamAngle", light.wideBeamAngle}};
 }
+
+namespace {
 
 // One material with textures of one look has several keys when several faces distort it alike;
 // which of them a mesh names cannot be seen. All count as the first that was asked for in the order
@@ -82,7 +87,7 @@ class Looks {
   std::uint64_t KeyOf(const Material& material) {
     const auto [known, isNew] = known_.try_emplace(&material, material.key);
     if (isNew) {
-      json look = ToJson(material);
+      json look = MaterialToJson(material);
       look.erase("index");
       look["key"] = static_cast<std::uint32_t>(material.key);
       known->second =
@@ -150,7 +155,9 @@ json PlacementsToJson(const Scene& scene) {
   return result;
 }
 
-json ToJson(const CameraView& view) {
+}  // namespace
+
+json CameraToJson(const CameraView& view) {
   return {{"eye", view.eye},
           {"target", view.target},
           {"up", view.up},
@@ -158,14 +165,19 @@ json ToJson(const CameraView& view) {
           {"towardsSun", view.towardsSun}};
 }
 
-}  // namespace
+json BackgroundToJson(const Background& background) {
+  return {{"color", background.color}, {"integers", background.integers}};
+}
 
 json SceneToJson(Scene& scene) {
   scene.Settle();
   json materials = json::array();
-  for (const auto& [key, material] : scene.Materials()) materials.push_back(ToJson(*material));
+  for (const auto& [key, material] : scene.Materials()) {
+    materials.push_back(
+        MaterialToJson(*material, [](const Texture& texture) { return ToJson(texture); }));
+  }
   json lights = json::array();
-  for (const Light& light : scene.Lights()) lights.push_back(ToJson(light));
+  for (const Light& light : scene.Lights()) lights.push_back(LightToJson(light));
   std::sort(lights.begin(), lights.end());
   json result = {{"modelName", scene.ModelName()},
                  {"materials", materials},
@@ -173,9 +185,9 @@ json SceneToJson(Scene& scene) {
                  {"lights", lights},
                  {"camera", nullptr},
                  {"background", nullptr}};
-  if (scene.Camera()) result["camera"] = ToJson(*scene.Camera());
-  if (const auto& background = scene.BackgroundSettings()) {
-    result["background"] = {{"color", background->color}, {"integers", background->integers}};
+  if (scene.Camera()) result["camera"] = CameraToJson(*scene.Camera());
+  if (scene.BackgroundSettings()) {
+    result["background"] = BackgroundToJson(*scene.BackgroundSettings());
   }
   return result;
 }

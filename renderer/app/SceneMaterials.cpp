@@ -104,4 +104,26 @@ std::size_t Scene::PlacementCount() const {
   return count;
 }
 
+std::vector<Placement> Scene::ShownPlacements() const {
+  std::vector<Placement> shown;
+  for (const auto& [owner, placements] : placements_) {
+    shown.insert(shown.end(), placements.begin(), placements.end());
+  }
+  for (const auto& [owner, placements] : oldPlacements_) {
+    if (!placements_.contains(owner)) {
+      shown.insert(shown.end(), placements.begin(), placements.end());
+    }
+  }
+  return shown;
+}
+
+std::vector<std::shared_ptr<const Material>> Scene::ShownMaterials() const {
+  std::vector<std::shared_ptr<const Material>> shown;
+  for (const auto& [key, material] : materials_) shown.push_back(material);
+  for (const auto& [key, material] : oldMaterials_) {
+    if (!materials_.contains(key)) shown.push_back(material);
+  }
+  return shown;
+}
+
 }  // namespace kvapp

@@ -23,9 +23,13 @@ struct Texture {
   bool present = false;
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  std::vector<std::uint8_t> pixels;
+  // Shared by the copies of a material, never changed; null without pixels.
+  std::shared_ptr<const std::vector<std::uint8_t>> pixels;
 
-  bool HasPixels() const { return !pixels.empty(); }
+  bool HasPixels() const { return pixels != nullptr; }
+  std::span<const std::uint8_t> Pixels() const {
+    return pixels ? std::span<const std::uint8_t>(*pixels) : std::span<const std::uint8_t>();
+  }
 };
 
 struct ClassicFields {

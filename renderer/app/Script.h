@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "app/RequestSender.h"
+#include "app/Request.h"
 
 namespace kvapp {
 
@@ -101,9 +101,5 @@ class Script {
 
   std::vector<Step> steps_;
 };
-
-// Reads the object that describes a request: a code, and its data raw or by fields. Throws
-// std::runtime_error or a JSON error.
-Request ParseRequest(const nlohmann::ordered_json& value);
 
 }  // namespace kvapp

@@ -37,7 +37,8 @@ void Session::Perform(const action::Quit& quit, Script::Phase) {
   requests_->Post(Request{static_cast<std::uint32_t>(quellix::wire::RequestCode::RendererQuit),
                           std::nullopt,
                           {},
-                          std::nullopt});
+                          std::nullopt,
+                          {}});
   const bool acknowledged =
       requests_->WaitUntilIdle(quit.timeout, [this] { return watchdog_.Lost().has_value(); });
   End(acknowledged ? "quit" : "quitNotAcknowledged");

@@ -1,8 +1,6 @@
-#include <cstring>
-#include <stdexcept>
+#include "app/Request.h"
 
 #include "app/Fnv.h"
-#include "app/Script.h"
 
 // Request data by fields. Offsets count from the start of the segment, data begins at 24.
 
