@@ -14,6 +14,7 @@ EXTENSION_DIR, MODELHOST_DIR, KVAPP_DIR = %w[EXTENSION_DIR MODELHOST_DIR KVAPP_D
 end
 OUT_DIR = ENV.fetch("OUT_DIR", File.join(Dir.pwd, "out"))
 DRAWN = ENV["KVAPP_PICTURE"] != "0"
+PICTURE_SECONDS = 250
 
 SAMPLE = File.join(__dir__, "house.json")
 SUN = [0.45, -0.65, 0.75].freeze
@@ -82,6 +83,18 @@ def export(link, model, path, reload)
   Process.clock_gettime(Process::CLOCK_MONOTONIC) - began
 end
 
+# The renderer draws after it has let us go. A picture that cannot be drawn is in its report.
+def picture_comes?(report_file)
+  picture = File.join(OUT_DIR, "picture.png")
+  deadline = Process.clock_gettime(Process::CLOCK_MONOTONIC) + PICTURE_SECONDS
+  until File.exist?(picture)
+    return false if Process.clock_gettime(Process::CLOCK_MONOTONIC) > deadline
+    return false unless JSON.parse(File.read(report_file, encoding: "UTF-8"))["outputTroubles"].empty?
+    sleep 0.05
+  end
+  true
+end
+
 def megabytes(bytes) = format("%.2f MB", bytes / 1048576.0)
 def milliseconds(seconds) = format("%.1f ms", seconds * 1000)
 
@@ -134,5 +147,5 @@ report_file = File.join(OUT_DIR, "report.json")
 abort "live_link: the renderer wrote no report to #{OUT_DIR}" unless File.exist?(report_file)
 report = JSON.parse(File.read(report_file, encoding: "UTF-8"))
 print_report(report, first_seconds, reload_seconds)
-abort "live_link: the renderer drew no picture" if DRAWN && !File.exist?(File.join(OUT_DIR, "picture.png"))
+abort "live_link: the renderer drew no picture" if DRAWN && !picture_comes?(report_file)
 exit report["faults"].empty?

@@ -30,16 +30,24 @@ std::string Dump(const nlohmann::json& value) {
   return value.dump(1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-void DrawPicture(const std::filesystem::path& folder) {
-#ifdef _WIN32
-  const char* program = "kvpicture.exe";
-#else
-  const char* program = "kvpicture";
-#endif
-  const std::string trouble = RunProgram(
-      {Utf8(ProgramFolder() / program), Utf8(folder / "scene.glb"), Utf8(folder / "picture.png")},
-      kPictureLimit);
-  if (!trouble.empty()) throw std::runtime_error(trouble);
+// Whoever looks for the file finds it whole.
+void WriteReport(const RunResult& result) {
+  const std::filesystem::path file = result.settings.outputFolder / "report.json";
+  std::filesystem::path part = file;
+  part += ".part";
+  WriteText(part, Dump(MakeReport(result)));
+  std::filesystem::rename(part, file);
+}
+
+bool Attempt(const RunResult& result, const std::function<void()>& write) {
+  try {
+    write();
+    return true;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "KvApp: %s\n", error.what());
+    result.troubles.emplace_back(error.what());
+    return false;
+  }
 }
 
 }  // namespace
@@ -57,25 +65,34 @@ void WriteOutputs(const RunResult& result) {
   const std::filesystem::path& folder = result.settings.outputFolder;
   if (folder.empty()) return;
   result.scene.Settle();
-  std::vector<std::string> troubles;
-  const auto attempt = [&](const std::function<void()>& write) {
-    try {
-      write();
-      return true;
-    } catch (const std::exception& error) {
-      std::fprintf(stderr, "KvApp: %s\n", error.what());
-      troubles.emplace_back(error.what());
-      return false;
-    }
-  };
   if (!result.settings.discard) {
-    const bool written = attempt([&] { WriteGlb(result.scene, folder / "scene.glb"); });
-    if (written && result.settings.drawPicture) attempt([&] { DrawPicture(folder); });
+    Attempt(result, [&] { WriteGlb(result.scene, folder / "scene.glb"); });
     if (result.settings.writeSceneJson) {
-      attempt([&] { WriteText(folder / "scene.json", Dump(SceneToJson(result.scene))); });
+      Attempt(result,
+              [&] { WriteText(folder / "scene.json", Dump(SceneToJson(result.scene))); });
     }
   }
-  attempt([&] { WriteText(folder / "report.json", Dump(MakeReport(result, troubles))); });
+  Attempt(result, [&] { WriteReport(result); });
+}
+
+void DrawPicture(const RunResult& result) {
+#ifdef _WIN32
+  const char* program = "kvpicture.exe";
+#else
+  const char* program = "kvpicture";
+#endif
+  const Settings& settings = result.settings;
+  const std::filesystem::path& folder = settings.outputFolder;
+  if (folder.empty() || settings.discard || !settings.drawPicture || !result.troubles.empty()) return;
+  const bool drawn = Attempt(result, [&] {
+    const std::filesystem::path part = folder / "picture.part.png";
+    const std::string trouble =
+        RunProgram({Utf8(ProgramFolder() / program), Utf8(folder / "scene.glb"), Utf8(part)},
+                   kPictureLimit);
+    if (!trouble.empty()) throw std::runtime_error(trouble);
+    std::filesystem::rename(part, folder / "picture.png");
+  });
+  if (!drawn) Attempt(result, [&] { WriteReport(result); });
 }
 
 }  // namespace kvapp

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "app/CommandLog.h"
 #include "app/Findings.h"
@@ -23,11 +24,16 @@ struct RunResult {
   Findings& findings;
   RequestCounts requests;
   std::string exitReason;
+  std::vector<std::string>& troubles;  // what could not be written
 };
 
-// Writes scene.glb, picture.png, scene.json and report.json as the settings ask. What cannot be
-// written is said in one sentence on standard error and in the report; nothing throws.
+// Writes scene.glb, scene.json and report.json as the settings ask. What cannot be written is said
+// in one sentence on standard error and in the report; nothing throws.
 void WriteOutputs(const RunResult& result);
+
+// Draws the scene.glb that was written, if a picture is wanted: seconds. The picture gets its name
+// when it is complete. A picture that cannot be drawn is told as above.
+void DrawPicture(const RunResult& result);
 
 // scene-<number>.json.
 void WriteSceneJson(Scene& scene, const std::filesystem::path& folder, std::uint64_t number);

@@ -53,6 +53,9 @@ std::filesystem::path ProgramFolder();
 // empty text on success, else one sentence. A program that takes longer than the limit is ended.
 std::string RunProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit);
 
+// Programs that are run do not get this socket.
+void KeepFromChildren(std::intptr_t socket);
+
 // Ctrl-C in the host's console is meant for the host: it is ignored here. A request to terminate is
 // remembered, so that the renderer ends itself in order.
 void HandleSignals();

@@ -9,6 +9,7 @@
 #include <system_error>
 #include <thread>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -129,6 +130,10 @@ std::string RunProgram(const std::vector<std::string>& arguments, std::chrono::s
   return arguments[0] + (WIFEXITED(status)
                              ? " ended with status " + std::to_string(WEXITSTATUS(status))
                              : " was ended by signal " + std::to_string(WTERMSIG(status)));
+}
+
+void KeepFromChildren(std::intptr_t socket) {
+  fcntl(static_cast<int>(socket), F_SETFD, FD_CLOEXEC);
 }
 
 void HandleSignals() {

@@ -113,6 +113,9 @@ std::string RunProgram(const std::vector<std::string>& arguments, std::chrono::s
                      : arguments[0] + " ended with status " + std::to_string(status);
 }
 
+// They get no handles at all.
+void KeepFromChildren(std::intptr_t) {}
+
 void HandleSignals() {
   ::SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }

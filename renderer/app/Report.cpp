@@ -6,17 +6,11 @@ namespace kvapp {
 
 using nlohmann::json;
 
-namespace {
-
-json ToJson(const std::vector<Finding>& findings) {
-  json list = json::array();
-  for (const Finding& finding : findings) {
-    list.push_back({{"command", finding.command}, {"name", finding.name}, {"text", finding.text}});
-  }
-  return list;
+json FindingToJson(const Finding& finding) {
+  return {{"command", finding.command}, {"name", finding.name}, {"text", finding.text}};
 }
 
-json ToJson(const ExportSummary& summary) {
+json ExportToJson(const ExportSummary& summary) {
   return {{"n", summary.number},
           {"modelName", summary.modelName},
           {"complete", summary.complete},
@@ -31,6 +25,14 @@ json ToJson(const ExportSummary& summary) {
           {"lightsSent", summary.lightsSent},
           {"verticesSent", summary.verticesSent},
           {"trianglesSent", summary.trianglesSent}};
+}
+
+namespace {
+
+json ToJson(const std::vector<Finding>& findings) {
+  json list = json::array();
+  for (const Finding& finding : findings) list.push_back(FindingToJson(finding));
+  return list;
 }
 
 json CommandCounts(const CommandLog& log) {
@@ -91,11 +93,11 @@ json OrNull(const std::optional<Value>& value) {
 
 }  // namespace
 
-json MakeReport(const RunResult& result, const std::vector<std::string>& troubles) {
+json MakeReport(const RunResult& result) {
   const Scene& scene = result.scene;
   json report = SceneCounts(scene);
   json exports = json::array();
-  for (const ExportSummary& summary : scene.Exports()) exports.push_back(ToJson(summary));
+  for (const ExportSummary& summary : scene.Exports()) exports.push_back(ExportToJson(summary));
   report.update(
       {{"exitReason", result.exitReason},
        {"modelName", scene.ModelName()},
@@ -116,7 +118,7 @@ json MakeReport(const RunResult& result, const std::vector<std::string>& trouble
        {"faults", ToJson(result.findings.Faults())},
        {"noteCounts", result.findings.NoteCounts()},
        {"notes", ToJson(result.findings.Notes())},
-       {"outputTroubles", troubles}});
+       {"outputTroubles", result.troubles}});
   return report;
 }
 

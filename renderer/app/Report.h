@@ -1,15 +1,15 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <nlohmann/json.hpp>
 
 #include "app/Output.h"
 
 namespace kvapp {
 
-// What a run received, holds and found. `troubles` are outputs that could not be written.
-nlohmann::json MakeReport(const RunResult& result, const std::vector<std::string>& troubles);
+// What a run received, holds and found.
+nlohmann::json MakeReport(const RunResult& result);
+
+nlohmann::json ExportToJson(const ExportSummary& summary);
+nlohmann::json FindingToJson(const Finding& finding);
 
 }  // namespace kvapp

@@ -47,6 +47,7 @@ Session::Session(Settings settings)
   if (!settings_.scriptFile.empty()) script_ = Script::Load(settings_.scriptFile);
   scene_.OnExportEnd([this](std::uint64_t number) {
     event_.exportEnded = number;
+    if (view_) view_->Changes().ExportEnded();
     if (settings_.writeSceneJson) WriteSceneJson(scene_, settings_.outputFolder, number);
   });
 }
@@ -56,16 +57,39 @@ int Session::Run() {
     throw std::runtime_error("there is no process " + std::to_string(settings_.hostProcess) +
                              " to render for");
   }
+  OpenView();
   OpenEvents();
   if (!ended_) {
     requests_ = std::make_unique<RequestSender>(settings_.requestSegmentBytes,
                                                 settings_.outputFolder, findings_);
     watchdog_.WatchChannel([this] { return commandReady_->StillNamed(); },
                            [this] { requests_->RemoveNames(); });
+    if (view_) pageRequests_ = std::make_unique<view::PageRequests>(*view_, *requests_);
     opened_ = lastCommand_ = Clock::now();
     Loop();
   }
+  if (view_) view_->Join();
+  // The plug-in does not wait any more.
+  DrawPicture(Result());
   return findings_.FaultCount() > 0 ? kFaultStatus : 0;
+}
+
+void Session::OpenView() {
+  if (!settings_.viewPort) return;
+  view_ = std::make_unique<view::View>(
+      view::ViewSettings{*settings_.viewPort, settings_.viewToken, ProgramFolder() / "view",
+                         settings_.outputFolder},
+      scene_, findings_);
+  scene_.WatchBy(&view_->Changes());
+}
+
+// Brings the pages' requests to the plug-in, which may end the session.
+void Session::ServePages() {
+  if (!pageRequests_) return;
+  requests_->Poll();
+  pageRequests_->Poll();
+  view_->Changes().AtRest();
+  if (const auto quit = pageRequests_->Quit()) End(*quit ? "quit" : "quitNotAcknowledged");
 }
 
 void Session::OpenEvents() {
@@ -85,6 +109,8 @@ void Session::OpenEvents() {
 // Whether the host is gone, the channel is no longer ours or termination was asked for; then the
 // session has ended.
 bool Session::MustStop() {
+  // A plug-in that has taken the request to quit gives the channel up at once.
+  if (!ended_) ServePages();
   if (ended_) return true;
   if (const auto loss = watchdog_.Lost()) {
     End(*loss == Loss::HostGone ? "hostGone" : "linkReplaced");
@@ -97,8 +123,9 @@ bool Session::MustStop() {
 void Session::Loop() {
   while (!MustStop()) {
     requests_->Poll();
-    const bool watching = !requests_->Idle() || script_.WaitsForRest();
-    const milliseconds slice(watching ? 2 : 50);
+    const bool watching = !requests_->Idle() || script_.WaitsForRest() ||
+                          (pageRequests_ && !pageRequests_->Idle());
+    const milliseconds slice(watching ? 2 : view_ && view_->Watched() ? 5 : 50);
     if (!segment_) {
       AwaitSegment(slice);
     } else {
@@ -156,6 +183,7 @@ void Session::TakeCommand() {
       linkCamera_ = scene_.Linked().value_or(false);
     }
   }
+  if (view_) view_->Changes().Commit(event_.command, static_cast<wire::CommandId>(id));
   WorkFor(settings_.workPerCommand);
   PerformAll(Script::Phase::Before);
   if (ended_) return;
@@ -176,7 +204,7 @@ void Session::Complete(std::uint32_t id) {
       segment_.reset();
       break;
     case wire::CommandId::CloseApp:
-      // The outputs are there, and no name of ours is left, when the plug-in goes on.
+      // The outputs but the picture are there, and no name of ours is left, when the plug-in goes on.
       End("closed");
       break;
     default:
@@ -199,16 +227,23 @@ void Session::Rest() {
 
 void Session::End(const std::string& reason) {
   if (std::exchange(ended_, true)) return;
+  exitReason_ = reason;
   watchdog_.Finishing();
   findings_.SetContext(event_.command, event_.name);
   if (requests_) {
     requests_->Finish();
     requests_->RemoveNames();
   }
+  if (pageRequests_) pageRequests_->Finish();
+  if (view_) view_->Finish(reason);
   segment_.reset();
+  WriteOutputs(Result());
+}
+
+RunResult Session::Result() {
   const RequestCounts counts =
       requests_ ? RequestCounts{requests_->Posted(), requests_->Acknowledged()} : RequestCounts{};
-  WriteOutputs({settings_, scene_, log_, findings_, counts, reason});
+  return {settings_, scene_, log_, findings_, counts, exitReason_, outputTroubles_};
 }
 
 }  // namespace kvapp

@@ -5,16 +5,20 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/CommandLog.h"
 #include "app/EventPeer.h"
 #include "app/Findings.h"
+#include "app/Output.h"
 #include "app/RequestSender.h"
 #include "app/Scene.h"
 #include "app/Script.h"
 #include "app/Settings.h"
 #include "app/SharedSegment.h"
 #include "app/Watchdog.h"
+#include "view/PageRequests.h"
+#include "view/View.h"
 
 namespace kvapp {
 
@@ -56,7 +60,10 @@ class Session {
   EventPeer& EventNamed(const std::string& name);
   void SleepWatching(std::optional<std::chrono::milliseconds> span);
 
+  void OpenView();
+  void ServePages();
   void End(const std::string& reason);
+  RunResult Result();
 
   Settings settings_;
   Findings findings_;
@@ -70,9 +77,14 @@ class Session {
   bool segmentAnnounced_ = false;
   std::unique_ptr<RequestSender> requests_;
 
+  std::unique_ptr<view::View> view_;  // with the setting only
+  std::unique_ptr<view::PageRequests> pageRequests_;
+
   Script::Event event_;
   bool linkCamera_ = false;
   bool ended_ = false;
+  std::string exitReason_;
+  std::vector<std::string> outputTroubles_;
   Clock::time_point opened_;
   Clock::time_point lastCommand_;
   // Goes first: its thread looks at the channel.

@@ -1,6 +1,7 @@
 #include "app/Settings.h"
 
 #include <charconv>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -37,6 +38,22 @@ bool Switch(const char* name, bool missing) {
   return text.empty() ? missing : text != "0";
 }
 
+void ReadViewSettings(Settings& settings) {
+  const std::string port = EnvironmentText("KVAPP_VIEW");
+  if (port.empty()) return;
+  settings.viewPort = ParseNumber<std::uint16_t>(port);
+  if (!settings.viewPort) {
+    throw std::runtime_error("KVAPP_VIEW is \"" + port + "\", which is not a port");
+  }
+  settings.viewToken = EnvironmentText("KVAPP_VIEW_TOKEN");
+  const std::string& token = settings.viewToken;
+  constexpr char kAllowed[] = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
+  if (!token.empty() && (token.size() < 16 || token.size() > 64 ||
+                         token.find_first_not_of(kAllowed) != std::string::npos)) {
+    throw std::runtime_error("KVAPP_VIEW_TOKEN has not 16 to 64 letters, digits, - or _");
+  }
+}
+
 }  // namespace
 
 Settings ReadSettings(int argumentCount, const char* const* arguments) {
@@ -62,6 +79,7 @@ Settings ReadSettings(int argumentCount, const char* const* arguments) {
   if (settings.requestSegmentBytes < 24) {
     throw std::runtime_error("KVAPP_SEGMENT is below 24, the size of a request's header");
   }
+  ReadViewSettings(settings);
   return settings;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <optional>
 #include <string>
 
 namespace kvapp {
@@ -20,6 +21,8 @@ struct Settings {
   bool discard = false;                         // KVAPP_DISCARD: check headers only, keep nothing
   std::chrono::microseconds workPerCommand{0};  // KVAPP_WORK_US
   std::size_t requestSegmentBytes = 1 << 20;    // KVAPP_SEGMENT
+  std::optional<std::uint16_t> viewPort;        // KVAPP_VIEW; empty: no page is served
+  std::string viewToken;                        // KVAPP_VIEW_TOKEN; empty: a random one
 };
 
 // Throws std::runtime_error with one sentence for the user.
