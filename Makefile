@@ -68,8 +68,8 @@ fuzz:
 	  -DCMAKE_CXX_COMPILER=clang++ -DQUELLIX_LIBFUZZER=ON \
 	  -DQUELLIX_SANITIZE=address,undefined,fuzzer-no-link >"$(CURDIR)/.deps/log/configure-fuzz.log" 2>&1 || \
 	  { echo "fuzz: CMake could not configure; see .deps/log/configure-fuzz.log" >&2; exit 1; }
-	@cmake --build build/fuzz --parallel $(JOBS) --target fuzz_toplugin fuzz_toapp fuzz_scene
-	@cd build/fuzz && for name in toplugin toapp scene; do \
+	@cmake --build build/fuzz --parallel $(JOBS) --target fuzz_toplugin fuzz_toapp fuzz_scene fuzz_page
+	@cd build/fuzz && for name in toplugin toapp scene page; do \
 	  mkdir -p corpus-$$name; \
 	  FUZZ_SEED_FOLDER=seeds-$$name tests/fuzz/fuzz_$$name -max_total_time=$(or $(SECONDS),60) \
 	    -timeout=20 -rss_limit_mb=4096 -max_len=16000 -verbosity=0 -print_final_stats=1 \

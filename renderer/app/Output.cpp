@@ -68,8 +68,7 @@ void WriteOutputs(const RunResult& result) {
   if (!result.settings.discard) {
     Attempt(result, [&] { WriteGlb(result.scene, folder / "scene.glb"); });
     if (result.settings.writeSceneJson) {
-      Attempt(result,
-              [&] { WriteText(folder / "scene.json", Dump(SceneToJson(result.scene))); });
+      Attempt(result, [&] { WriteText(folder / "scene.json", Dump(SceneToJson(result.scene))); });
     }
   }
   Attempt(result, [&] { WriteReport(result); });
@@ -83,12 +82,12 @@ void DrawPicture(const RunResult& result) {
 #endif
   const Settings& settings = result.settings;
   const std::filesystem::path& folder = settings.outputFolder;
-  if (folder.empty() || settings.discard || !settings.drawPicture || !result.troubles.empty()) return;
+  if (folder.empty() || settings.discard || !settings.drawPicture || !result.troubles.empty())
+    return;
   const bool drawn = Attempt(result, [&] {
     const std::filesystem::path part = folder / "picture.part.png";
-    const std::string trouble =
-        RunProgram({Utf8(ProgramFolder() / program), Utf8(folder / "scene.glb"), Utf8(part)},
-                   kPictureLimit);
+    const std::string trouble = RunProgram(
+        {Utf8(ProgramFolder() / program), Utf8(folder / "scene.glb"), Utf8(part)}, kPictureLimit);
     if (!trouble.empty()) throw std::runtime_error(trouble);
     std::filesystem::rename(part, folder / "picture.png");
   });

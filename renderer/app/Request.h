@@ -25,7 +25,8 @@ struct Request {
   std::optional<std::uint64_t> capacity;  // of the segment when not given
   std::string data;                       // bytes from offset 24
   std::optional<std::uint8_t> fill;       // for the bytes after the data; 0 when not given
-  // Called once when it was acknowledged or never will be, on the sender's thread. It must not post.
+  // Called once when it was acknowledged or never will be, on the sender's thread. It must not
+  // post.
   std::function<void(const RequestResult&)> answered;
 };
 

@@ -126,7 +126,8 @@ class Scene {
   // Every mesh that is placed, once, in a stable order.
   std::vector<std::shared_ptr<const Mesh>> PlacedMeshes() const;
   std::size_t PlacementCount() const;
-  bool Exporting() const { return exporting_; }
+  // Which materials the indexes of the last export mean.
+  const std::unordered_map<std::uint32_t, std::uint64_t>& KeyOfIndex() const { return keyOfIndex_; }
   // What there is to be seen also while an export runs: what it brought, and of the exports before
   // what it has not replaced yet. The placements of an owner follow each other.
   std::vector<Placement> ShownPlacements() const;

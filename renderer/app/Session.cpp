@@ -123,8 +123,8 @@ bool Session::MustStop() {
 void Session::Loop() {
   while (!MustStop()) {
     requests_->Poll();
-    const bool watching = !requests_->Idle() || script_.WaitsForRest() ||
-                          (pageRequests_ && !pageRequests_->Idle());
+    const bool watching =
+        !requests_->Idle() || script_.WaitsForRest() || (pageRequests_ && !pageRequests_->Idle());
     const milliseconds slice(watching ? 2 : view_ && view_->Watched() ? 5 : 50);
     if (!segment_) {
       AwaitSegment(slice);
@@ -204,7 +204,8 @@ void Session::Complete(std::uint32_t id) {
       segment_.reset();
       break;
     case wire::CommandId::CloseApp:
-      // The outputs but the picture are there, and no name of ours is left, when the plug-in goes on.
+      // The outputs but the picture are there, and no name of ours is left, when the plug-in goes
+      // on.
       End("closed");
       break;
     default:

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <variant>
 #include <vector>
 
@@ -21,12 +22,23 @@ namespace kvapp::view {
 
 // The values of an update that stand for themselves. `kNames` are their names in JSON.
 enum class Field {
-  Session, Model, Message, Progress, CameraLinked, Camera, Background, Export, LastExport, Lights
+  Session,
+  Model,
+  Message,
+  Progress,
+  CameraLinked,
+  Camera,
+  Background,
+  Export,
+  LastExport,
+  Lights
 };
-inline constexpr std::array kNames = {"session", "model",      "message", "progress",   "cameraLinked",
-                                      "camera",  "background", "export",  "lastExport", "lights"};
+inline constexpr std::array kNames = {"session",      "model",  "message",    "progress",
+                                      "cameraLinked", "camera", "background", "export",
+                                      "lastExport",   "lights"};
 
-// A mesh is told from others by the address of its geometry, which lives as long as somebody knows it.
+// A mesh is told from others by the address of its geometry, which lives as long as somebody knows
+// it.
 struct MeshContent {
   std::shared_ptr<const Geometry> geometry;
   std::uint64_t id = 0;
@@ -71,6 +83,7 @@ struct Everything {
     std::size_t mesh;  // its place in `meshes`
     Matrix transform;
   };
+  std::unordered_map<std::uint32_t, std::uint64_t> keyOfIndex;
   std::vector<std::shared_ptr<const Material>> materials;
   std::vector<MeshContent> meshes;
   std::vector<std::vector<Slot>> slots;  // of each mesh
@@ -86,9 +99,9 @@ struct Found {
 
 }  // namespace change
 
-using Change = std::variant<change::SetField, change::ExportBegan, change::TookMaterial,
-                            change::TookIndex, change::Placed, change::Moved, change::Everything,
-                            change::Found>;
+using Change =
+    std::variant<change::SetField, change::ExportBegan, change::TookMaterial, change::TookIndex,
+                 change::Placed, change::Moved, change::Everything, change::Found>;
 
 // What one command changed.
 struct Step {

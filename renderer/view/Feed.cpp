@@ -112,8 +112,8 @@ void Feed::SetExport() {
   const ExportSummary& summary = scene_.Exports().back();
   Set(Field::Export, {{"number", summary.number}, {"running", false}});
   json last = ExportToJson(summary);
-  last["ms"] = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - named_)
-                   .count();
+  last["ms"] =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - named_).count();
   Set(Field::LastExport, std::move(last));
   json lights = json::array();
   for (const Light& light : scene_.Lights()) lights.push_back(LightToJson(light));
@@ -137,6 +137,7 @@ void Feed::SetFindings() {
 
 change::Everything Feed::Everything() const {
   change::Everything all;
+  all.keyOfIndex = scene_.KeyOfIndex();
   all.materials = scene_.ShownMaterials();
   std::unordered_map<std::uint64_t, bool> known;
   for (const auto& material : all.materials) known[material->key] = true;

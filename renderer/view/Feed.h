@@ -14,9 +14,9 @@
 
 namespace kvapp::view {
 
-// The channel's end of the hand-over: gathers what a command changed and puts it into a bounded queue.
-// It never waits for the server. When the queue is full it drops what comes, and hands over the whole
-// scene once there is room again.
+// The channel's end of the hand-over: gathers what a command changed and puts it into a bounded
+// queue. It never waits for the server. When the queue is full it drops what comes, and hands over
+// the whole scene once there is room again.
 class Feed : public SceneWatcher {
  public:
   static constexpr std::size_t kMostSteps = 65536;
@@ -31,7 +31,8 @@ class Feed : public SceneWatcher {
   void Placed(const Placement& placement, bool first) override;
   void Moved(std::uint64_t owner, const Matrix& transform) override;
   void ExportEnded() { exportEnded_ = true; }
-  // A command was taken, whether it was sound or not. Looks for what the scene does not tell by itself.
+  // A command was taken, whether it was sound or not. Looks for what the scene does not tell by
+  // itself.
   void Commit(std::uint64_t command, quellix::wire::CommandId id);
   // No command is in work: hands over what was found meanwhile, and what there was no room for.
   void AtRest();

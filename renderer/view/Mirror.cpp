@@ -91,6 +91,8 @@ void Mirror::Take(change::Moved& change) {
 }
 
 void Mirror::Take(change::Everything& all) {
+  keyOfIndex_ = std::move(all.keyOfIndex);
+  awaitingIndex_.clear();
   std::unordered_set<std::uint64_t> keys;
   for (const auto& material : all.materials) {
     keys.insert(material->key);
@@ -151,8 +153,8 @@ void Mirror::SetMaterial(const kvapp::Material& material) {
     if (!texture.HasPixels()) return nullptr;
     // Most materials come back with the very pixels that they had.
     const auto found = std::ranges::find(known.textures, texture.pixels, &TextureUse::pixels);
-    const Number number = found != known.textures.end() ? found->number
-                                                        : TextureNumber(texture, &texture != normal);
+    const Number number =
+        found != known.textures.end() ? found->number : TextureNumber(texture, &texture != normal);
     ++textures_.at(number).uses;
     entry.textures.push_back({texture.pixels, number});
     return number;
@@ -178,8 +180,8 @@ void Mirror::DropMaterial(std::map<std::uint64_t, MaterialEntry>::iterator mater
 // The same pixels are one texture, however often and for however many materials they are sent.
 Mirror::Number Mirror::TextureNumber(const kvapp::Texture& texture, bool blueFirst) {
   const std::vector<std::uint8_t>& pixels = *texture.pixels;
-  const std::size_t hash = std::hash<std::string_view>()(
-      {reinterpret_cast<const char*>(pixels.data()), pixels.size()});
+  const std::size_t hash =
+      std::hash<std::string_view>()({reinterpret_cast<const char*>(pixels.data()), pixels.size()});
   const auto [from, to] = textureOfHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
     const TextureEntry& known = textures_.at(it->second);
@@ -201,8 +203,8 @@ void Mirror::DropTextures(const std::vector<TextureUse>& uses) {
     const auto texture = textures_.find(number);
     if (--texture->second.uses > 0) continue;
     const auto [from, to] = textureOfHash_.equal_range(texture->second.hash);
-    textureOfHash_.erase(
-        std::find_if(from, to, [&, gone = number](const auto& entry) { return entry.second == gone; }));
+    textureOfHash_.erase(std::find_if(
+        from, to, [&, gone = number](const auto& entry) { return entry.second == gone; }));
     textures_.erase(texture);
     Changed(Kind::TextureGone, number);
   }

@@ -16,15 +16,15 @@ namespace kvapp::view {
 
 // What a page has to be told about again, as it is when its turn comes.
 enum class Kind : std::uint8_t {
-  Field,     // id: a Field
+  Field,  // id: a Field
   Findings,
   Material,  // id: its key
   Texture,   // id: its number
   TextureGone,
-  Mesh,      // id: its number; the geometry
-  Slots,     // id: its number
+  Mesh,   // id: its number; the geometry
+  Slots,  // id: its number
   MeshGone,
-  Owner      // id: the owner
+  Owner  // id: the owner
 };
 
 struct Part {
@@ -80,7 +80,9 @@ class Mirror {
   std::uint64_t Sequence() const { return sequence_; }
   std::chrono::steady_clock::time_point Taken() const { return taken_; }
   // Null: nothing is known.
-  const nlohmann::json& Value(Field field) const { return fields_[static_cast<std::size_t>(field)]; }
+  const nlohmann::json& Value(Field field) const {
+    return fields_[static_cast<std::size_t>(field)];
+  }
   const change::Found& Findings() const { return findings_; }
   // Null when there is no such thing (any more).
   const MeshEntry* Mesh(std::uint64_t number) const { return Find(meshes_, number); }

@@ -11,11 +11,15 @@ namespace {
 
 constexpr std::uintmax_t kLargestFile = 16 << 20;
 
-const std::map<std::string, std::string> kTypes = {
-    {".html", "text/html; charset=utf-8"}, {".js", "text/javascript; charset=utf-8"},
-    {".mjs", "text/javascript; charset=utf-8"}, {".css", "text/css; charset=utf-8"},
-    {".json", "application/json"}, {".svg", "image/svg+xml"}, {".png", "image/png"},
-    {".ico", "image/x-icon"}, {".txt", "text/plain; charset=utf-8"}};
+const std::map<std::string, std::string> kTypes = {{".html", "text/html; charset=utf-8"},
+                                                   {".js", "text/javascript; charset=utf-8"},
+                                                   {".mjs", "text/javascript; charset=utf-8"},
+                                                   {".css", "text/css; charset=utf-8"},
+                                                   {".json", "application/json"},
+                                                   {".svg", "image/svg+xml"},
+                                                   {".png", "image/png"},
+                                                   {".ico", "image/x-icon"},
+                                                   {".txt", "text/plain; charset=utf-8"}};
 
 }  // namespace
 

@@ -77,8 +77,7 @@ void PageRequests::TakeResult(const RequestResult& result) {
 
 void PageRequests::Refuse(Waiting& request, const std::string& why) {
   request.answered = true;
-  view_.Answer(request.socket,
-               RefusalText(request.message.id, request.message.request.code, why));
+  view_.Answer(request.socket, RefusalText(request.message.id, request.message.request.code, why));
 }
 
 void PageRequests::Finish() {

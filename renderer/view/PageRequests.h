@@ -12,8 +12,8 @@
 namespace kvapp::view {
 
 // Brings the requests of all pages into the renderer's one request channel, in order and one at a
-// time, and the answers back. Cameras go at a limited rate; of those that wait the newest counts. The
-// channel's thread.
+// time, and the answers back. Cameras go at a limited rate; of those that wait the newest counts.
+// The channel's thread.
 class PageRequests {
  public:
   static constexpr std::chrono::seconds kPatience{10};

@@ -38,8 +38,8 @@ void AppendFloat(std::string& text, float value) {
 
 Frame MeshFrame(std::uint32_t number, const Mirror::MeshEntry& mesh) {
   const Geometry& geometry = *mesh.content.geometry;
-  const std::uint32_t flags = (mesh.content.facesCamera ? kFacesCamera : 0) |
-                              (mesh.content.manifold ? kManifold : 0);
+  const std::uint32_t flags =
+      (mesh.content.facesCamera ? kFacesCamera : 0) | (mesh.content.manifold ? kManifold : 0);
   return {false,
           Header(kMeshFrame, number, mesh.content.id, geometry.vertexCount, geometry.triangleCount,
                  static_cast<std::uint32_t>(mesh.slots.size()), flags),
@@ -189,7 +189,8 @@ void PageState::TellSlots(std::uint64_t number, Update& update) {
   for (const Slot& slot : mesh->slots) {
     keys.push_back(slot.key ? json(std::to_string(*slot.key)) : json(nullptr));
   }
-  update.Add("meshes", {{"mesh", number}, {"slots", std::move(keys)}}, 30 + 25 * mesh->slots.size());
+  update.Add("meshes", {{"mesh", number}, {"slots", std::move(keys)}},
+             30 + 25 * mesh->slots.size());
 }
 
 void PageState::TellOwner(std::uint64_t id, Update& update) {

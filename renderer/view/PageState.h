@@ -22,8 +22,9 @@ struct Frame {
   std::array<std::span<const std::byte>, 2> body;
 };
 
-// What one page has, and what it is to be told next. What changes while the page is busy is told once,
-// as it is then, so this never grows beyond the scene however long the page takes. The server's thread.
+// What one page has, and what it is to be told next. What changes while the page is busy is told
+// once, as it is then, so this never grows beyond the scene however long the page takes. The
+// server's thread.
 class PageState {
  public:
   // The page has nothing.

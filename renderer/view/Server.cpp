@@ -51,11 +51,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
       return;
     }
     stream_.expires_after(kRequestTime);
-    http::async_write(stream_, response_,
-                      [self = shared_from_this()](error_code, std::size_t) {
-                        error_code ignored;
-                        self->stream_.socket().shutdown(tcp::socket::shutdown_send, ignored);
-                      });
+    http::async_write(stream_, response_, [self = shared_from_this()](error_code, std::size_t) {
+      error_code ignored;
+      self->stream_.socket().shutdown(tcp::socket::shutdown_send, ignored);
+    });
   }
 
   Server& server_;
@@ -89,8 +88,8 @@ std::string_view View(beast::string_view text) {
 
 }  // namespace
 
-Server::Server(net::io_context& context, std::uint16_t port, std::string token,
-               std::string session, std::map<std::string, PageFile> files, Handlers handlers)
+Server::Server(net::io_context& context, std::uint16_t port, std::string token, std::string session,
+               std::map<std::string, PageFile> files, Handlers handlers)
     : acceptor_(context),
       pause_(context),
       token_(std::move(token)),
@@ -141,8 +140,7 @@ bool Server::OwnHost(std::string_view host) const {
 
 Server::Response Server::Respond(const Text& request) const {
   const auto plain = [&] {
-    if (request.count(http::field::host) != 1 ||
-        !OwnHost(View(request[http::field::host]))) {
+    if (request.count(http::field::host) != 1 || !OwnHost(View(request[http::field::host]))) {
       return Refusal(http::status::forbidden);
     }
     const std::string_view origin = View(request[http::field::origin]);
@@ -154,8 +152,8 @@ Server::Response Server::Respond(const Text& request) const {
     }
     std::string_view target = View(request.target());
     target = target.substr(0, target.find('?'));
-    if (target.size() < token_.size() + 2 || target[0] != '/' ||
-        target[token_.size() + 1] != '/' || !SameSecret(target.substr(1, token_.size()), token_)) {
+    if (target.size() < token_.size() + 2 || target[0] != '/' || target[token_.size() + 1] != '/' ||
+        !SameSecret(target.substr(1, token_.size()), token_)) {
       return Refusal(http::status::forbidden);
     }
     if (request.method() != http::verb::get && request.method() != http::verb::head) {

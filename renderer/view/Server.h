@@ -23,8 +23,8 @@ namespace kvapp::view {
 
 class Socket;
 
-// Listens on the loopback address, serves the page's files, and keeps its sockets. All of it runs on
-// the thread of its context, except the constructor.
+// Listens on the loopback address, serves the page's files, and keeps its sockets. All of it runs
+// on the thread of its context, except the constructor.
 class Server {
  public:
   using Text = boost::beast::http::request<boost::beast::http::string_body>;

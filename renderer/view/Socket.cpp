@@ -70,8 +70,7 @@ void Socket::Pump() {
   }
   stream_.text(writing_->text);
   const std::array<net::const_buffer, 3> buffers = {
-      net::buffer(writing_->head),
-      net::buffer(writing_->body[0].data(), writing_->body[0].size()),
+      net::buffer(writing_->head), net::buffer(writing_->body[0].data(), writing_->body[0].size()),
       net::buffer(writing_->body[1].data(), writing_->body[1].size())};
   stream_.async_write(buffers, [self = shared_from_this()](error_code error, std::size_t) {
     self->writing_.reset();
@@ -96,8 +95,7 @@ void Socket::Read() {
 void Socket::TakeMessage() {
   if (closing_) return;
   const auto bytes = buffer_.data();
-  PageMessage message =
-      ParsePageMessage({static_cast<const char*>(bytes.data()), bytes.size()});
+  PageMessage message = ParsePageMessage({static_cast<const char*>(bytes.data()), bytes.size()});
   std::visit([this](auto& taken) { Take(taken); }, message);
   Pump();
 }
@@ -114,7 +112,8 @@ void Socket::Take(const PageAck& ack) {
 
 void Socket::Take(PageRequest& message) {
   if (++requests_ > kMostRequests) {
-    return Answer(RefusalText(message.id, message.request.code, "64 requests of this page wait already"));
+    return Answer(
+        RefusalText(message.id, message.request.code, "64 requests of this page wait already"));
   }
   server_.Calls().request(number_, std::move(message));
 }

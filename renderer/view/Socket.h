@@ -17,8 +17,8 @@
 namespace kvapp::view {
 
 // One page's WebSocket: sends what the page lacks, one message after the other, and reads what it
-// asks. What it has still to send is no more than a list of names, so a page that does not read costs
-// nothing. The server's thread.
+// asks. What it has still to send is no more than a list of names, so a page that does not read
+// costs nothing. The server's thread.
 class Socket : public std::enable_shared_from_this<Socket> {
  public:
   static constexpr std::size_t kMostRequests = 64;

@@ -125,8 +125,8 @@ class View::Implementation {
     acks_.open(folder / "acks.jsonl", std::ios::trunc);
     const auto part = folder / "view.json.part";
     std::ofstream stream(part, std::ios::trunc);
-    std::filesystem::permissions(part, std::filesystem::perms::owner_read |
-                                           std::filesystem::perms::owner_write);
+    std::filesystem::permissions(
+        part, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     stream << json({{"address", address},
                     {"port", server_.Port()},
                     {"token", token_},

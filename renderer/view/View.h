@@ -13,10 +13,10 @@
 namespace kvapp::view {
 
 struct ViewSettings {
-  std::uint16_t port = 0;               // 0: any free one
-  std::string token;                    // empty: a random one
-  std::filesystem::path pageFolder;     // what is served
-  std::filesystem::path outputFolder;   // of view.json and acks.jsonl; empty: they are not written
+  std::uint16_t port = 0;              // 0: any free one
+  std::string token;                   // empty: a random one
+  std::filesystem::path pageFolder;    // what is served
+  std::filesystem::path outputFolder;  // of view.json and acks.jsonl; empty: they are not written
 };
 
 // What a page asks of the plug-in.

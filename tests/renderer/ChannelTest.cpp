@@ -107,6 +107,32 @@ TEST(Channel, FollowsTheSegmentWhenItGrows) {
   EXPECT_EQ(report["lastMessage"].get<std::string>().size(), (std::size_t{1} << 21) - 9);
 }
 
+// A renderer with a program beside it that draws when it is told to, or fails.
+TEST(Channel, LetsThePluginGoBeforeItDrawsThePicture) {
+  for (const bool fails : {false, true}) {
+    FakePlugin plugin;
+    const auto folder = plugin.Folder() / "KvApp";
+    std::filesystem::create_directory(folder);
+    plugin.program = folder / "KvApp.exe";
+    std::filesystem::copy_file(KVAPP_PROGRAM, plugin.program);
+    const auto go = plugin.Folder() / "go";
+    std::ofstream(folder / "kvpicture")
+        << "#!/bin/sh\nwhile [ ! -e " << go.string() << " ]; do sleep 0.01; done\necho drawn > \"$2\"\n"
+        << (fails ? "exit 1\n" : "");
+    std::filesystem::permissions(folder / "kvpicture", std::filesystem::perms::owner_all);
+    plugin.Start({{"KVAPP_PICTURE", "1"}});
+    SendSmallExport(plugin);
+    plugin.Send(BareCommand(2));
+    EXPECT_EQ(plugin.Report()["outputTroubles"], json::array());
+    EXPECT_FALSE(ExistsAny(kRendererObjects));
+    EXPECT_FALSE(std::filesystem::exists(plugin.Folder() / "picture.png"));
+    std::ofstream(go) << "x";
+    EXPECT_EQ(plugin.AwaitExit(), 0);
+    EXPECT_EQ(std::filesystem::exists(plugin.Folder() / "picture.png"), !fails);
+    EXPECT_EQ(plugin.Report()["outputTroubles"].size(), fails ? 1u : 0u);
+  }
+}
+
 TEST(Channel, WrongBytesAreFaultsAndMakeTheStatusNonZero) {
   FakePlugin plugin;
   plugin.Start();

@@ -20,23 +20,24 @@ using std::chrono::milliseconds;
 
 namespace {
 
-int StartProgram(std::vector<std::string> arguments, const FakePlugin::Environment& environment) {
+int StartProgram(const std::string& program, std::vector<std::string> arguments,
+                 const FakePlugin::Environment& environment) {
   std::vector<std::string> variables;
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string text = *variable;
     if (!environment.contains(text.substr(0, text.find('=')))) variables.push_back(text);
   }
   for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
-  arguments.insert(arguments.begin(), KVAPP_PROGRAM);
+  arguments.insert(arguments.begin(), program);
   std::vector<char*> argumentPointers, variablePointers;
   for (std::string& text : arguments) argumentPointers.push_back(text.data());
   for (std::string& text : variables) variablePointers.push_back(text.data());
   argumentPointers.push_back(nullptr);
   variablePointers.push_back(nullptr);
   pid_t process = 0;
-  if (posix_spawn(&process, KVAPP_PROGRAM, nullptr, nullptr, argumentPointers.data(),
+  if (posix_spawn(&process, program.c_str(), nullptr, nullptr, argumentPointers.data(),
                   variablePointers.data()) != 0) {
-    throw std::runtime_error("the renderer " KVAPP_PROGRAM " cannot be started");
+    throw std::runtime_error("the renderer " + program + " cannot be started");
   }
   return process;
 }
@@ -105,11 +106,11 @@ void FakePlugin::RemoveNames() {
 void FakePlugin::Start(const Environment& environment, std::optional<std::int64_t> host) {
   Environment all = {{"KVAPP_OUT", folder_.string()}, {"KVAPP_PICTURE", "0"}};
   for (const auto& [name, value] : environment) all[name] = value;
-  process_ = StartProgram({"--host-pid", std::to_string(host.value_or(getpid()))}, all);
+  process_ = StartProgram(program, {"--host-pid", std::to_string(host.value_or(getpid()))}, all);
 }
 
 int FakePlugin::RunWith(const std::vector<std::string>& arguments) {
-  return AwaitEnd(StartProgram(arguments, {}));
+  return AwaitEnd(StartProgram(KVAPP_PROGRAM, arguments, {}));
 }
 
 void FakePlugin::Post(std::span<const std::byte> command) {

@@ -75,6 +75,9 @@ class FakePlugin {
   // Gives the channel up as a host does that forgets its renderer.
   void RemoveNames();
 
+  // What `Start` starts.
+  std::string program = KVAPP_PROGRAM;
+
   const std::filesystem::path& Folder() const { return folder_; }
   nlohmann::json Report() const { return Json("report.json"); }
   nlohmann::json Json(const std::string& file) const;

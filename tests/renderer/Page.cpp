@@ -45,8 +45,8 @@ HttpAnswer AskHttp(std::uint16_t port, const std::string& request) {
 Page::Page(const json& address) : stream_(context_) {
   const std::string host = "127.0.0.1:" + std::to_string(address["port"].get<unsigned>());
   beast::get_lowest_layer(stream_).connect(Loopback(address["port"]));
-  stream_.set_option(beast::websocket::stream_base::decorator(
-      [host](beast::websocket::request_type& request) {
+  stream_.set_option(
+      beast::websocket::stream_base::decorator([host](beast::websocket::request_type& request) {
         request.set(http::field::origin, "http://" + host);
       }));
   stream_.read_message_max(0);

@@ -46,7 +46,8 @@ void PageModel::TakeBinary(std::span<const std::byte> frame) {
   ++meshFrames_;
   const std::size_t vertices = U32(frame, 16);
   const std::size_t triangles = U32(frame, 20);
-  Require(frame.size() == 32 + 40 * vertices + 20 * triangles, "a mesh has the size of its content");
+  Require(frame.size() == 32 + 40 * vertices + 20 * triangles,
+          "a mesh has the size of its content");
   meshes_[number] = {Text(frame.subspan(8)), U32(frame, 24), nullptr};
 }
 

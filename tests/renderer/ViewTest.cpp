@@ -121,8 +121,9 @@ TEST(View, ServesItsPageToItsOwnAddressOnly) {
   EXPECT_EQ(page.status, 200u);
   EXPECT_EQ(page.type, "text/html; charset=utf-8");
   EXPECT_NE(page.body.find("<title>"), std::string::npos);
-  EXPECT_EQ(ask("HEAD /" + token + "/index.html?x=1", own + "Origin: http://" + host + "\r\n").status,
-            200u);
+  EXPECT_EQ(
+      ask("HEAD /" + token + "/index.html?x=1", own + "Origin: http://" + host + "\r\n").status,
+      200u);
 
   const std::string upgrade =
       "Upgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\n"
@@ -186,14 +187,16 @@ TEST(View, APageThatFollowsSeesWhatALatePageSees) {
   const std::size_t textures = page.model.TextureFrames();
   EXPECT_EQ(page.model.Seen()["textures"], textures) << "the same pixels are one texture";
 
-  // One owner is kept, one moves, one gets a new mesh; another is gone; a material changes its index.
+  // One owner is kept, one moves, one gets a new mesh; another is gone; a material changes its
+  // index.
   plugin.Command(MoveOwner(9, 4));
   page.ReadTo(plugin.commands);
   EXPECT_EQ(page.model.Seen()["owners"]["9"][0][13], 4);
   EXPECT_EQ(page.model.MeshFrames(), 2u) << "a move is no mesh";
   plugin.Command(BareCommand(20));
   plugin.OpenExport();
-  plugin.Command(CachedMaterials({{0, 0, 0xffffffff}, {1, 0, 0xfffffffe}, {5, 3, (2ull << 32) | 71}}));
+  plugin.Command(
+      CachedMaterials({{0, 0, 0xffffffff}, {1, 0, 0xfffffffe}, {5, 3, (2ull << 32) | 71}}));
   plugin.Command(ClassicMaterial(6, (1ull << 32) | 70));
   plugin.Command(OwnerBatch({9}));
   plugin.Command(TriangleMesh(52, 7, 6, 5, 3));
@@ -233,7 +236,9 @@ TEST(View, APageThatDoesNotReadHoldsNobodyUp) {
   Bytes mesh = TriangleMesh(50, 7, 0, 1);
   // More than the buffers between the two take; the triangle stands behind the vertices.
   const std::size_t triangles = 112 + 40 * std::size_t{kVertices};
-  mesh.Fill(112, triangles - 112, 0).U32(80, kVertices).U32(92, static_cast<std::uint32_t>(triangles));
+  mesh.Fill(112, triangles - 112, 0)
+      .U32(80, kVertices)
+      .U32(92, static_cast<std::uint32_t>(triangles));
   for (const std::uint32_t value : {0u, 1u, 2u, 0u, 1u}) mesh.U32(mesh.Size(), value);
   plugin.Grow(mesh.Size() + 1000);
   ++plugin.commands;
@@ -267,7 +272,8 @@ TEST(View, EachRequestArrivesWithItsValuesAndItsAnswerComesBack) {
   Page page(plugin.address);
   page.ReadOther();
   const json vector = {1, 2, 3};
-  const json camera = {{"eye", vector}, {"target", {4, 5, 6}}, {"up", {0, 0, 1}}, {"fieldOfView", 35}};
+  const json camera = {
+      {"eye", vector}, {"target", {4, 5, 6}}, {"up", {0, 0, 1}}, {"fieldOfView", 35}};
   json cameraWithSun = camera;
   cameraWithSun["towardsSun"] = vector;
   const std::string cameraBytes = Packed(1.f, 2.f, 3.f, 4.f, 5.f, 6.f, 0.f, 0.f, 1.f, 35.f);
@@ -288,7 +294,10 @@ TEST(View, EachRequestArrivesWithItsValuesAndItsAnswerComesBack) {
       {102, none, "", "", none},
       {103, camera, cameraBytes, "", none},
       {105, {{"date", {2027, 6, 21, 14, 30, 59}}}, Packed(2027, 6, 21, 14, 30, 59), "", none},
-      {106, none, "", Packed(std::uint64_t{40}, 1, 0) + scene,
+      {106,
+       none,
+       "",
+       Packed(std::uint64_t{40}, 1, 0) + scene,
        {{"scenes",
          {{{"name", "North"},
            {"camera", camera},
@@ -297,12 +306,21 @@ TEST(View, EachRequestArrivesWithItsValuesAndItsAnswerComesBack) {
            {"towardsSun", vector}}}}}},
       {106, none, "", "", {{"scenes", json::array()}}},
       {107, none, "", cameraBytes + Packed(1.f, 2.f, 3.f), {{"camera", cameraWithSun}}},
-      {108, none, "", Packed(1.f, 2.f, 3.f, 2027, 6, 21, 14, 30, 0, 1),
+      {108,
+       none,
+       "",
+       Packed(1.f, 2.f, 3.f, 2027, 6, 21, 14, 30, 0, 1),
        {{"towardsSun", vector}, {"date", {2027, 6, 21, 14, 30, 0}}, {"shadows", true}}},
       {109, none, "", word, {{"value", true}}},
-      {110, {{"name", "n"}, {"data", "01fF00"}},
-       Packed(std::uint64_t{48}, std::uint64_t{50}, 3, 0) + std::string("n\0\x01\xff\0", 5), "", none},
-      {111, name, nameBytes, Packed(std::uint64_t{40}, std::uint64_t{2}) + "\x0a\xff",
+      {110,
+       {{"name", "n"}, {"data", "01fF00"}},
+       Packed(std::uint64_t{48}, std::uint64_t{50}, 3, 0) + std::string("n\0\x01\xff\0", 5),
+       "",
+       none},
+      {111,
+       name,
+       nameBytes,
+       Packed(std::uint64_t{40}, std::uint64_t{2}) + "\x0a\xff",
        {{"data", "0aff"}}},
       {111, name, nameBytes, "", {{"data", nullptr}}},
       {112, name, nameBytes, "", none},
@@ -313,9 +331,15 @@ TEST(View, EachRequestArrivesWithItsValuesAndItsAnswerComesBack) {
       {116, none, "", "", none},
       // Answers that are none.
       {107, none, "", cameraBytes, {{"error", "the plug-in gave no answer of this kind"}}},
-      {106, none, "", Packed(std::uint64_t{40}, 70000, 0) + scene,
+      {106,
+       none,
+       "",
+       Packed(std::uint64_t{40}, 70000, 0) + scene,
        {{"error", "the plug-in gave no answer of this kind"}}},
-      {111, name, nameBytes, Packed(std::uint64_t{7}, std::uint64_t{2}) + "ab",
+      {111,
+       name,
+       nameBytes,
+       Packed(std::uint64_t{7}, std::uint64_t{2}) + "ab",
        {{"error", "the plug-in gave no answer of this kind"}}},
   };
   std::uint64_t id = 1000;
@@ -401,10 +425,19 @@ TEST(View, WrongFramesAreToldAndChangeNothing) {
   Page page(plugin.address);
   page.ReadOther();
   const std::vector<std::string> wrong = {
-      "", "x", "[]", "{}", "\xff", R"({"type":7})", R"({"type":"ack"})",
-      R"({"type":"ack","sequence":99999})", R"({"type":"ack","sequence":-1})",
-      R"({"type":"request","code":102})", R"({"type":"request","id":1,"code":101})",
-      R"({"type":"request","id":1,"code":102,"x":1})", R"({"type":"request","id":1.5,"code":102})",
+      "",
+      "x",
+      "[]",
+      "{}",
+      "\xff",
+      R"({"type":7})",
+      R"({"type":"ack"})",
+      R"({"type":"ack","sequence":99999})",
+      R"({"type":"ack","sequence":-1})",
+      R"({"type":"request","code":102})",
+      R"({"type":"request","id":1,"code":101})",
+      R"({"type":"request","id":1,"code":102,"x":1})",
+      R"({"type":"request","id":1.5,"code":102})",
       R"({"type":"request","id":1,"code":103})",
       R"({"type":"request","id":1,"code":103,"eye":[1,2,1e39],"target":[0,0,0],"up":[0,0,1],"fieldOfView":1})",
       R"({"type":"request","id":1,"code":103,"eye":[1,2],"target":[0,0,0],"up":[0,0,1],"fieldOfView":1})",
@@ -416,7 +449,8 @@ TEST(View, WrongFramesAreToldAndChangeNothing) {
       R"({"type":"request","id":1,"code":111,"name":""})",
       R"({"type":"request","id":1,"code":111,"name":"a\u0000b"})",
       R"({"type":"request","id":1,"code":111,"name":")" + std::string(256, 'n') + R"("})",
-      R"({"type":"request","id":1,"code":113,"value":1})", std::string(100'000, '[')};
+      R"({"type":"request","id":1,"code":113,"value":1})",
+      std::string(100'000, '[')};
   for (std::size_t i = 0; i < 99; ++i) {
     // Bytes that are no UTF-8 are no text frame; that is the protocol's own error.
     const std::string& text = wrong[i % wrong.size()];
@@ -427,7 +461,8 @@ TEST(View, WrongFramesAreToldAndChangeNothing) {
   for (int i = 0; i < 10; ++i) page.Send(std::string("x"));
   while (page.ReadOther() != nullptr) {
   }
-  for (const auto& [frame, binary] : {std::pair{std::string("\1"), true}, {std::string("\xff"), false},
+  for (const auto& [frame, binary] : {std::pair{std::string("\1"), true},
+                                      {std::string("\xff"), false},
                                       {std::string(200'000, ' '), false}}) {
     Page rude(plugin.address);
     rude.Send(frame, binary);
@@ -448,7 +483,8 @@ TEST(View, SaysInOneSentenceWhatCannotBeServed) {
     EXPECT_EQ(FakePlugin::RunWith({"--host-pid", std::to_string(getpid())}), 2);
   }
   setenv("KVAPP_VIEW", std::to_string(first.address["port"].get<unsigned>()).c_str(), 1);
-  EXPECT_EQ(FakePlugin::RunWith({"--host-pid", std::to_string(getpid())}), 2) << "the port is taken";
+  EXPECT_EQ(FakePlugin::RunWith({"--host-pid", std::to_string(getpid())}), 2)
+      << "the port is taken";
   unsetenv("KVAPP_VIEW");
 }
 
