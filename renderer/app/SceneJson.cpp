@@ -87,7 +87,7 @@ class Looks {
   std::uint64_t KeyOf(const Material& material) {
     const auto [known, isNew] = known_.try_emplace(&material, material.key);
     if (isNew) {
-      json look = MaterialToJson(material);
+      json look = MaterialToJson(material, [](const Texture& texture) { return ToJson(texture); });
       look.erase("index");
       look["key"] = static_cast<std::uint32_t>(material.key);
       known->second =

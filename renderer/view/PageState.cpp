@@ -207,7 +207,8 @@ void PageState::TellOwner(std::uint64_t id, Update& update) {
   std::string list;
   for (; known.items < end && meshes_.contains(items[known.items].mesh); ++known.items) {
     const Mirror::Item& item = items[known.items];
-    list += (list.empty() ? "[" : ",[") + std::to_string(item.mesh);
+    list += list.empty() ? "[" : ",[";
+    list += std::to_string(item.mesh);
     for (const float value : item.transform) AppendFloat(list += ',', value);
     list += ']';
   }

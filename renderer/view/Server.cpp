@@ -134,8 +134,10 @@ void Server::Accept() {
 }
 
 bool Server::OwnHost(std::string_view host) const {
-  const std::string port = ":" + std::to_string(port_);
-  return host == "127.0.0.1" + port || host == "localhost" + port;
+  const std::size_t colon = host.find(':');
+  if (colon == host.npos || host.substr(colon + 1) != std::to_string(port_)) return false;
+  const std::string_view name = host.substr(0, colon);
+  return name == "127.0.0.1" || name == "localhost";
 }
 
 Server::Response Server::Respond(const Text& request) const {
