@@ -10,12 +10,14 @@ build_dir := $(CURDIR)/build/$(PRESET)
 ruby := $(CURDIR)/.deps/ruby/bin/ruby
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bench soak fuzz env clean
+.PHONY: help setup build demo live test bench soak fuzz env clean
 .PHONY: windows-setup windows windows-test demo-windows package
 
 help:
 	@echo "make demo               exports the sample house to the renderer and draws what arrived"
 	@echo "make demo MODEL=path    the same with a model file of your own"
+	@echo "make live               shows the sample house in a browser while a Ruby console edits it"
+	@echo "make live MODEL=path    the same with a model file of your own"
 	@echo "make test               runs all tests"
 	@echo "make bench              measures the parts and whole exports, and writes out/bench.json"
 	@echo "make bench SIZE=full    the same with models of 4 million faces (12 GB of memory)"
@@ -42,6 +44,11 @@ demo: build
 	@EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
 	  KVAPP_DIR="$(build_dir)/renderer" OUT_DIR="$(CURDIR)/out" \
 	  "$(ruby)" examples/live_link.rb $(if $(MODEL),"$(MODEL)")
+
+live: build
+	@EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
+	  KVAPP_DIR="$(build_dir)/renderer" PLUGIN_DIR="$(CURDIR)/plugin" \
+	  "$(ruby)" -E UTF-8 examples/live.rb $(if $(MODEL),"$(MODEL)")
 
 test: build
 	@ctest --preset $(PRESET)

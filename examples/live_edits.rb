@@ -37,11 +37,11 @@ module LiveEdits
     "#{material.name} has another colour"
   end
 
-  # Adds a tower beside the model.
+  # Adds a tower at a corner of the model.
   def build(high = span / 4)
     side = span / 14
     box = model.bounds
-    x, y, z = box.max.x - side, box.min.y - side, box.min.z
+    x, y, z = box.max.x - side, box.min.y, box.min.z
     group = model.entities.add_group
     face = group.entities.add_face([x, y, z], [x + side, y, z], [x + side, y + side, z], [x, y + side, z])
     face.reverse! if face.normal.z.negative?

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Brings a Debian 12 machine to where this project builds: packages, Ruby 3.4, the triangulator.
+# Brings a Debian 12 machine to where this project builds: packages, Ruby 3.4, the triangulator, and what
+# the renderer's page draws with.
 # Everything that is not a Debian package of the machine's own suite goes under .deps/. A step that
 # was done is not done again; a step that was broken off starts over. With the argument "fuzz" it also
 # gets the compiler that the fuzz targets are built with.
@@ -24,6 +25,7 @@ packages=(
   libglu1-mesa-dev libosmesa6-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   zlib1g-dev libffi-dev libyaml-dev
+  chromium
   assimp-testmodels "${extra[@]}"
 )
 
@@ -62,7 +64,20 @@ install_earcut() {
   rm -rf "$deps/src/earcut"
 }
 
+# What the renderer's page draws with, and what drives a browser in its tests: .deps/node/node_modules.
+install_node_packages() {
+  local lock="$root/scripts/node/package-lock.json"
+  cmp -s "$lock" "$deps/node/.complete" && return 0
+  command -v npm >/dev/null || install_packages nodejs npm
+  step "fetching the page's libraries (80 MB)"
+  mkdir -p "$deps/node"
+  cp "$root"/scripts/node/{package.json,package-lock.json,.npmrc} "$deps/node/"
+  (cd "$deps/node" && quietly node-packages npm ci)
+  cp "$lock" "$deps/node/.complete"
+}
+
 command -v apt-get >/dev/null || fail "this machine has no apt-get; the set-up is written for Debian 12"
 install_packages "${packages[@]}"
 install_ruby
 install_earcut
+install_node_packages

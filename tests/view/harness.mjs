@@ -92,6 +92,18 @@ export async function openPage(browser, address, { width = 900, height = 600 } =
   await page.setViewport({ width, height });
   page.troubles = [];
   page.on("pageerror", (error) => page.troubles.push(error.message));
+  await page.evaluateOnNewDocument(() => {
+    // A picture's pixels, in a size of one's choice.
+    window.pixelsOf = (image, { width, height } = image) => {
+      const context = new OffscreenCanvas(width, height).getContext("2d");
+      context.imageSmoothingQuality = "high";
+      context.drawImage(image, 0, 0, width, height);
+      const { data } = context.getImageData(0, 0, width, height);
+      let text = "";
+      for (let i = 0; i < data.length; i += 8192) text += String.fromCharCode(...data.subarray(i, i + 8192));
+      return { width, height, data: btoa(text) };
+    };
+  });
   await page.goto(address);
   await page.waitForFunction(() => window.quellix);
   return page;
@@ -126,7 +138,7 @@ export async function settled(page, host) {
 export async function pixels(page) {
   const { width, height, data } = await page.evaluate(async () => {
     const image = await createImageBitmap(await (await fetch(window.quellix.viewer.picture())).blob());
-    return window.quellixTest.pixels(image);
+    return window.pixelsOf(image);
   });
   return { width, height, data: Buffer.from(data, "base64") };
 }
@@ -135,27 +147,9 @@ export async function pixels(page) {
 export async function readPng(page, bytes, width, height) {
   const result = await page.evaluate(async (base64, size) => {
     const image = await createImageBitmap(await (await fetch(`data:image/png;base64,${base64}`)).blob());
-    return window.quellixTest.pixels(image, size);
+    return window.pixelsOf(image, size);
   }, bytes.toString("base64"), { width, height });
   return { ...result, data: Buffer.from(result.data, "base64") };
-}
-
-/** Functions that the two above need in the page. */
-export async function equip(page) {
-  await page.evaluate(() => {
-    window.quellixTest = {
-      pixels(image, { width = image.width, height = image.height } = {}) {
-        const canvas = new OffscreenCanvas(width, height);
-        const context = canvas.getContext("2d");
-        context.imageSmoothingQuality = "high";
-        context.drawImage(image, 0, 0, width, height);
-        const { data } = context.getImageData(0, 0, width, height);
-        let text = "";
-        for (let i = 0; i < data.length; i += 8192) text += String.fromCharCode(...data.subarray(i, i + 8192));
-        return { width, height, data: btoa(text) };
-      },
-    };
-  });
 }
 
 /** Where two pictures differ by more than `least` of 255 in a channel: how much of all, and the box. */

@@ -20,6 +20,11 @@ export class Connection extends EventTarget {
 
   get connected() { return this.state === "connected"; }
 
+  /** Gives this socket up; the next one begins with everything. */
+  reconnect() {
+    this.#socket?.close();
+  }
+
   acknowledge(sequence) {
     this.#send({ type: "ack", sequence });
   }

@@ -200,9 +200,11 @@ export class Viewer {
       if (!lamp.castShadow) return;
       lamp.shadow.mapSize.setScalar(512);
       lamp.shadow.camera.far = radius * 2 + lamp.position.distanceTo(this.target);
-      lamp.shadow.camera.near = lamp.shadow.camera.far / 5000;
-      lamp.shadow.normalBias = radius * 0.002;
-      lamp.shadow.bias = -0.002;
+      lamp.shadow.camera.near = radius * 0.005;
+      lamp.shadow.camera.updateProjectionMatrix();
+      // Depths are far from linear here, so what is taken off lies along the normal.
+      lamp.shadow.normalBias = radius * 0.003;
+      lamp.shadow.bias = 0;
     });
   }
 }
