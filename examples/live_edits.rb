@@ -37,11 +37,12 @@ module LiveEdits
     "#{material.name} has another colour"
   end
 
-  # Adds a tower at a corner of the model.
-  def build(high = span / 4)
-    side = span / 14
-    box = model.bounds
-    x, y, z = box.max.x - side, box.min.y, box.min.z
+  # Adds a tower before what the view looks at.
+  def build(high = span / 12)
+    side = span / 36
+    camera = model.active_view.camera
+    place = camera.target.offset(camera.direction, -span / 8).offset(camera.xaxis, span / 24)
+    x, y, z = place.x, place.y, model.bounds.min.z
     group = model.entities.add_group
     face = group.entities.add_face([x, y, z], [x + side, y, z], [x + side, y + side, z], [x, y + side, z])
     face.reverse! if face.normal.z.negative?
@@ -55,7 +56,7 @@ module LiveEdits
   def reshape
     build unless @tower&.valid?
     top = @tower.entities.faces.max_by { |face| face.normal.z }
-    top.pushpull(span / 10)
+    top.pushpull(span / 20)
     "the tower is higher"
   end
 
@@ -63,7 +64,7 @@ module LiveEdits
   def place
     build unless @tower&.valid?
     mirrored = Geom::Transformation.scaling(@tower.bounds.center, -1, 1, 1)
-    aside = Geom::Transformation.translation(Geom::Vector3d.new(-span / 5, 0, 0))
+    aside = Geom::Transformation.translation(Geom::Vector3d.new(-span / 9, 0, 0))
     model.entities.add_instance(@tower.definition, aside * mirrored * @tower.transformation).material = @tower.material
     "the tower has a twin"
   end

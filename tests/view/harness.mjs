@@ -152,10 +152,12 @@ export async function readPng(page, bytes, width, height) {
   return { ...result, data: Buffer.from(result.data, "base64") };
 }
 
-/** Where two pictures differ by more than `least` of 255 in a channel: how much of all, and the box. */
-export function difference(a, b, least = 12) {
-  let count = 0, sum = 0;
-  const box = { left: a.width, top: a.height, right: -1, bottom: -1 };
+/**
+ * What part of the pixels differs by more than `least` of 255 in a channel, how many of these are in none of the
+ * rectangles `regions`, and the mean difference.
+ */
+export function difference(a, b, { least = 12, regions = [] } = {}) {
+  let count = 0, beyond = 0, sum = 0;
   for (let i = 0; i < a.width * a.height; ++i) {
     let most = 0;
     for (let channel = 0; channel < 3; ++channel) {
@@ -164,9 +166,9 @@ export function difference(a, b, least = 12) {
       most = Math.max(most, apart);
     }
     if (most <= least) continue;
-    ++count;
     const x = i % a.width, y = Math.floor(i / a.width);
-    Object.assign(box, { left: Math.min(box.left, x), right: Math.max(box.right, x), top: Math.min(box.top, y), bottom: Math.max(box.bottom, y) });
+    ++count;
+    if (!regions.some(({ left, right, top, bottom }) => x >= left && x <= right && y >= top && y <= bottom)) ++beyond;
   }
-  return { part: count / (a.width * a.height), mean: sum / (a.width * a.height * 3), box };
+  return { part: count / (a.width * a.height), mean: sum / (a.width * a.height * 3), beyond };
 }
