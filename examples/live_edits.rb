@@ -65,7 +65,8 @@ module LiveEdits
     build unless @tower&.valid?
     mirrored = Geom::Transformation.scaling(@tower.bounds.center, -1, 1, 1)
     aside = Geom::Transformation.translation(Geom::Vector3d.new(-span / 9, 0, 0))
-    model.entities.add_instance(@tower.definition, aside * mirrored * @tower.transformation).material = @tower.material
+    @twin = model.entities.add_instance(@tower.definition, aside * mirrored * @tower.transformation)
+    @twin.material = @tower.material
     "the tower has a twin"
   end
 

@@ -75,7 +75,7 @@ describe("the picture", () => {
       const boxes = await host.ruby(`[*${entities}].map { |entity| entity.bounds.then { |box| [box.min.to_a, box.max.to_a] } }`);
       return Promise.all(boxes.map(project));
     };
-    const tower = "@tower", piece = "piece", twin = "model.entities.instances.last";
+    const tower = "@tower", piece = "piece", twin = "@twin";
     const painted = "[*model.entities.instances, *model.entities.groups].select { |one| one.material == piece.material }";
     let former = await pixels(page);
     // Makes an edit of `where`, before it and after it; without a place the whole picture may change.

@@ -159,9 +159,11 @@ export class Viewer {
   #setPlanes(box) {
     const radius = box.isEmpty() ? 1 : Math.max(box.getSize(new THREE.Vector3()).length() / 2, 1e-3);
     const distance = box.isEmpty() ? 1 : box.getCenter(new THREE.Vector3()).distanceTo(this.camera.position);
+    // In steps, so that surfaces in one plane do not flicker with each edit that changes the box a little.
+    const step = (value, round) => 2 ** (round(Math.log2(value) * 2) / 2);
     // The ground reaches beyond the box.
-    this.camera.far = distance + radius * 14;
-    this.camera.near = Math.max(distance - radius * 1.05, this.camera.far / 4000);
+    this.camera.far = step(distance + radius * 14, Math.ceil);
+    this.camera.near = step(Math.max(distance - radius * 1.05, this.camera.far / 4000), Math.floor);
   }
 
   #placeSun(box) {
