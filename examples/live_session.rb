@@ -33,7 +33,7 @@ class LiveSession
     QuitNoted.session = self
     set_view
     @live = QuellixLive.start(@model, renderer: renderer)
-    @live.on_status { |status| warn "live: #{status.message}" if %i[error renderer_gone].any? { |state| status == state } && !ended? }
+    @live.on_status { |status| tell(status) unless ended? }
   end
 
   # Ends with the next wait.
@@ -55,6 +55,11 @@ class LiveSession
   def inspect = "#<#{self.class} #{model.title.inspect}>"
 
   private
+
+  def tell(status)
+    warn "live: #{status.message}" if status == :error
+    warn "live: #{status.message}; `live.restart` starts another" if status == :renderer_gone
+  end
 
   def now = Process.clock_gettime(Process::CLOCK_MONOTONIC)
 

@@ -126,8 +126,8 @@ export async function settled(page, host) {
   let before = -1;
   await waitFor(async () => {
     const now = await state(page);
-    const calm = now.connection === "connected" && now.lastExport && !now.export.running && now.drawn === now.sequence &&
-      now.sequence === before;
+    const calm = now.connection === "connected" && now.lastExport && !now.export.running && now.sequence > 0 &&
+      now.drawn === now.sequence && now.sequence === before;
     before = now.sequence;
     if (!calm) await new Promise((resolve) => { setTimeout(resolve, 200); });
     return calm;

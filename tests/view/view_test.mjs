@@ -11,19 +11,19 @@ let browser, host, page;
 before(async () => { browser = await startBrowser(); });
 after(async () => { await browser?.close(); });
 
-async function begin(options) {
-  host = await LiveHost.start(options);
+async function begin() {
+  host = await LiveHost.start();
   page = await openPage(browser, host.address);
   await settled(page, host);
 }
 
-afterEach(async () => {
+async function end() {
   const errors = page ? [...page.troubles, ...(await state(page)).errors] : [];
   for (const open of (await browser.pages()).slice(1)) await open.close();
   await host?.stop();
   host = page = null;
   assert.deepEqual(errors, []);
-});
+}
 
 const text = (id) => page.$eval(`#${id}`, (element) => element.textContent);
 
@@ -45,8 +45,10 @@ function project(bounds) {
 }
 
 describe("the picture", () => {
+  beforeEach(() => begin());
+  afterEach(end);
+
   it("agrees with the renderer's own of the same camera", async () => {
-    await begin();
     const shown = await pixels(page);
     host.process.stdin.end();
     await host.ended;
@@ -62,7 +64,6 @@ describe("the picture", () => {
   });
 
   it("changes where an edit of the tour is, and nowhere else", async () => {
-    await begin();
     // Shadows and the ground, which follows the size of the model, reach beyond what was edited.
     await page.evaluate(() => {
       const { renderer, root, surroundings } = window.quellix.viewer;
@@ -106,7 +107,6 @@ describe("the picture", () => {
   });
 
   it("turns what faces the camera, and follows the host's view", async () => {
-    await begin();
     const facing = () => page.evaluate(() => {
       const { viewer } = window.quellix;
       return [...viewer.content.meshes.values()].filter((mesh) => mesh.facesCamera).flatMap((mesh) => mesh.plain.items.map((item) => {
@@ -128,8 +128,10 @@ describe("the picture", () => {
   });
 });
 
+// One session for all, since none of them needs to find it as it was.
 describe("the controls", () => {
-  beforeEach(() => begin());
+  before(() => begin());
+  after(end);
 
   const press = async (id) => {
     await page.$eval("#notice", (notice) => { notice.textContent = "…"; });
@@ -142,6 +144,19 @@ describe("the controls", () => {
     await press(id);
     return host.heard();
   };
+
+  it("say what was clicked, as the wire names it", async () => {
+    await host.edit("build");
+    await settled(page, host);
+    const place = await project(await host.ruby("@tower.bounds.then { |box| [box.min.to_a, box.max.to_a] }"));
+    const canvas = await page.$eval("#canvas", (element) => element.getBoundingClientRect().toJSON());
+    await page.mouse.click(canvas.x + (place.left + place.right) / 2, canvas.y + (place.top + place.bottom) / 2);
+    const selected = Object.fromEntries(await page.$$eval("#selected dt", (terms) =>
+      terms.map((term) => [term.textContent, term.nextElementSibling.textContent])));
+    assert.equal(selected.Owner, await host.ruby("@tower.persistent_id.to_s"));
+    assert.equal(selected.Material, "Tower");
+    assert.equal(selected.Side, "front");
+  });
 
   it("ask what they say, with their values", async () => {
     await host.ruby('model.pages.add("Entrance"); model.pages.length');
@@ -198,19 +213,6 @@ describe("the controls", () => {
     assert.ok(near((await page.evaluate(() => window.quellix.viewer.view)).eye), "the view did not jump back");
   });
 
-  it("say what was clicked, as the wire names it", async () => {
-    await host.edit("build");
-    await settled(page, host);
-    const place = await project(await host.ruby("@tower.bounds.then { |box| [box.min.to_a, box.max.to_a] }"));
-    const canvas = await page.$eval("#canvas", (element) => element.getBoundingClientRect().toJSON());
-    await page.mouse.click(canvas.x + (place.left + place.right) / 2, canvas.y + (place.top + place.bottom) / 2);
-    const selected = Object.fromEntries(await page.$$eval("#selected dt", (terms) =>
-      terms.map((term) => [term.textContent, term.nextElementSibling.textContent])));
-    assert.equal(selected.Owner, await host.ruby("@tower.persistent_id.to_s"));
-    assert.equal(selected.Material, "Tower");
-    assert.equal(selected.Side, "front");
-  });
-
   it("are all reached by keyboard, and in view on a small screen in light and dark", async () => {
     for (const scheme of ["light", "dark"]) {
       await page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: scheme }]);
@@ -243,8 +245,11 @@ describe("the controls", () => {
 
 describe("the connection", () => {
   beforeEach(() => begin());
+  afterEach(end);
 
   it("shows everything after 20 reconnects in the middle of exports", async () => {
+    // Small, so that drawing takes little of the time.
+    await page.setViewport({ width: 640, height: 420 });
     const wanted = await counts(page);
     await host.ruby("wait(0); @exports = 0; live.on_status { |status| @exports += 1 if status == :exporting }; nil");
     for (let i = 0; i < 20; ++i) {

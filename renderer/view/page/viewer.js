@@ -36,6 +36,7 @@ export class Viewer {
     this.placed = false;
     this.relaxed = false;
     this.frames = 0;
+    document.addEventListener("visibilitychange", () => document.hidden && this.#drawDue());
     new ResizeObserver(() => this.#resize()).observe(canvas);
     this.#resize();
   }
@@ -85,16 +86,18 @@ export class Viewer {
     this.#drawing = true;
     // While much arrives, half of the time is left to it.
     const pause = this.relaxed ? this.#lastDrawEnd + this.#drawMs - performance.now() : 0;
-    const draw = () => {
-      this.#drawing = false;
-      this.draw();
-      this.onDrawn();
-    };
     // A page that nobody sees gets no animation frames.
-    const soon = () => (document.hidden ? setTimeout(draw) : requestAnimationFrame(draw));
+    const soon = () => (document.hidden ? setTimeout(this.#drawDue) : requestAnimationFrame(this.#drawDue));
     if (pause > 0) setTimeout(soon, pause);
     else soon();
   }
+
+  #drawDue = () => {
+    if (!this.#drawing) return;
+    this.#drawing = false;
+    this.draw();
+    this.onDrawn();
+  };
 
   draw() {
     const began = performance.now();
