@@ -45,7 +45,9 @@ demo: build
 	  KVAPP_DIR="$(build_dir)/renderer" OUT_DIR="$(CURDIR)/out" \
 	  "$(ruby)" examples/live_link.rb $(if $(MODEL),"$(MODEL)")
 
-live: build
+live:
+	@scripts/setup.sh live
+	@$(MAKE) --no-print-directory build
 	@EXTENSION_DIR="$(build_dir)/extension" MODELHOST_DIR="$(build_dir)/modelhost" \
 	  KVAPP_DIR="$(build_dir)/renderer" PLUGIN_DIR="$(CURDIR)/plugin" \
 	  "$(ruby)" -E UTF-8 examples/live.rb $(if $(MODEL),"$(MODEL)")

@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
-# Brings a Debian 12 machine to where this project builds: packages, Ruby 3.4, the triangulator, and what
-# the renderer's page draws with.
+# Brings a Debian 12 machine to where this project builds: packages, Ruby 3.4, the triangulator.
 # Everything that is not a Debian package of the machine's own suite goes under .deps/. A step that
 # was done is not done again; a step that was broken off starts over. With the argument "fuzz" it also
-# gets the compiler that the fuzz targets are built with.
+# gets the compiler that the fuzz targets are built with; with "live" what the renderer's page draws with,
+# and a browser for its tests.
 set -euo pipefail
 
 case "${1:-}" in
   "") extra=() ;;
   fuzz) extra=(clang libclang-rt-dev) ;;
+  live) extra=(chromium) ;;
   *)
-    echo "setup: '$1' is nothing that can be set up; 'fuzz' is" >&2
+    echo "setup: '$1' is nothing that can be set up; 'fuzz' and 'live' are" >&2
     exit 2
     ;;
 esac
@@ -25,7 +26,6 @@ packages=(
   libglu1-mesa-dev libosmesa6-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   zlib1g-dev libffi-dev libyaml-dev
-  chromium
   assimp-testmodels "${extra[@]}"
 )
 
@@ -80,4 +80,4 @@ command -v apt-get >/dev/null || fail "this machine has no apt-get; the set-up i
 install_packages "${packages[@]}"
 install_ruby
 install_earcut
-install_node_packages
+[ "${1:-}" != live ] || install_node_packages
