@@ -17,11 +17,17 @@ async function begin() {
   await settled(page, host);
 }
 
+// The session ends whatever has become of the browser.
 async function end() {
-  const errors = page ? [...page.troubles, ...(await state(page)).errors] : [];
-  for (const open of (await browser.pages()).slice(1)) await open.close();
-  await host?.stop();
-  host = page = null;
+  const ended = host;
+  const errors = [];
+  try {
+    if (page) errors.push(...page.troubles, ...(await state(page)).errors);
+    for (const open of (await browser.pages()).slice(1)) await open.close();
+  } finally {
+    host = page = null;
+    await ended?.stop();
+  }
   assert.deepEqual(errors, []);
 }
 
