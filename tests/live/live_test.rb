@@ -345,7 +345,7 @@ class LiveTest < LinkTest
     assert_equal "Untitled", JSON.parse(File.read(File.join(out, "scene-1.json")))["modelName"] || "Untitled"
     assert_raises(QuellixLive::Error) { @live.start }
     @live.on_status { raise "listener" }
-    assert_match(/listener/, told { @live.sync })
+    assert_match(/listener/, stderr_of { @live.sync })
     @live.stop
     refute @live.sync
     @live.stop
