@@ -37,7 +37,7 @@ using Kind = std::pair<std::string, U64>;  // of a command: its name, the bytes 
 
 std::atomic<const char*> over{nullptr};  // why the session is over, once it is
 
-// What a name stands for now; 0 for nothing.
+// What a name stands for at this moment; 0 for nothing.
 U64 IdentityOf(const std::string& name) {
   try {
     const bip::shared_memory_object object(bip::open_only, name.c_str(), bip::read_only);

@@ -77,7 +77,7 @@ module QuellixLive
     def auto_sync_setting = Sketchup.read_default(SETTINGS, "AutoSync", true)
 
     # The folder that holds KvApp/KvApp.exe: the one that the user has chosen once, or beside the
-    # plug-in, or asked for now; nil when the user chooses none.
+    # plug-in, or the one that is asked for here; nil when the user chooses none.
     def renderer_folder
       known = [Sketchup.read_default(SETTINGS, "Renderer"), File.join(__dir__, "renderer"), __dir__]
       found = known.compact.find { |folder| renderer?(folder) }
